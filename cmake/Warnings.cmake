@@ -1,0 +1,10 @@
+# Warnings are errors, everywhere.
+add_library(tallyforge_warnings INTERFACE)
+target_compile_options(tallyforge_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Werror -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+  -Wold-style-cast -Wcast-qual -Wunused -Wformat=2 -Wimplicit-fallthrough -Wextra-semi)
+
+# GCC 12 sees overlapping copies in plain string concatenation at -O3 where there are none.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  target_compile_options(tallyforge_warnings INTERFACE -Wno-restrict)
+endif()
