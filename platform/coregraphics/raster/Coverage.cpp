@@ -1,0 +1,327 @@
+#include "rastergraphics/Coverage.h"
+
+#include <bit>
+#include <cmath>
+#include <cstdlib>
+#include <vector>
+
+namespace tallyforge {
+
+namespace {
+
+/// Beyond this many pixels from the origin points are pulled in: no bitmap reaches there, and products of
+/// coordinates stay far from overflow.
+constexpr double kFarthest = 1e7;
+/// How far a curve's chords may stand off the curve, in pixels, and as a part of how far it bends: small
+/// curves are to keep their shape too.
+constexpr double kFlatness = 0.015;
+constexpr double kFinestFlatness = 0.003;
+constexpr int kMostChords = 400;
+/// Cells that are summed up at a time; small enough to stay in the cache.
+constexpr int kBandCells = 1 << 15;
+
+struct Edge {
+    double x0, y0, x1, y1;
+};
+
+CGPoint held(const CGPoint& p) {
+    return {std::clamp(p.x, -kFarthest, kFarthest), std::clamp(p.y, -kFarthest, kFarthest)};
+}
+
+/// The path as straight edges, every subpath closed.
+class Flattener {
+  public:
+    Flattener(std::vector<Edge>& edges, const PixelRect& clip) : edges_(edges), clip_(clip) {}
+
+    bool flatten(const CGPath& path, const CGAffineTransform& t) {
+        for (const CGPath::Element& element : path.elements()) {
+            CGPoint p[3];
+            int count = element.verb == CGPath::Verb::close ? 0 : element.verb == CGPath::Verb::cubic ? 3 : 1;
+            for (int i = 0; i < count; ++i) {
+                p[i] = CGPointApplyAffineTransform(element.points[i], t);
+                if (!std::isfinite(p[i].x) || !std::isfinite(p[i].y)) return false;
+                p[i] = held(p[i]);
+            }
+            switch (element.verb) {
+            case CGPath::Verb::move:
+                line(start_);
+                start_ = current_ = p[0];
+                break;
+            case CGPath::Verb::line:
+                line(p[0]);
+                break;
+            case CGPath::Verb::cubic:
+                cubic(p[0], p[1], p[2]);
+                break;
+            case CGPath::Verb::close:
+                line(start_);
+                break;
+            }
+        }
+        line(start_);
+        return true;
+    }
+
+  private:
+    void line(const CGPoint& end) {
+        if (current_.y != end.y) edges_.push_back({current_.x, current_.y, end.x, end.y});
+        current_ = end;
+    }
+
+    void cubic(const CGPoint& c1, const CGPoint& c2, const CGPoint& end) {
+        CGPoint from = current_;
+        // A curve that lies wholly above, below or right of the clip adds nothing or only its height.
+        bool above = std::max({from.y, c1.y, c2.y, end.y}) <= clip_.top;
+        bool below = std::min({from.y, c1.y, c2.y, end.y}) >= clip_.bottom;
+        if (above || below) {
+            line(end);
+            return;
+        }
+        // The second differences bound how far a chord over 1/n of the curve is off: 6 d / (8 n n).
+        double d = std::max(std::hypot(from.x - 2 * c1.x + c2.x, from.y - 2 * c1.y + c2.y),
+                            std::hypot(c1.x - 2 * c2.x + end.x, c1.y - 2 * c2.y + end.y));
+        double flatness = std::clamp(kFlatness * d, kFinestFlatness, kFlatness);
+        int chords = int(std::clamp(std::ceil(std::sqrt(0.75 * d / flatness)), 1.0, double(kMostChords)));
+        for (int i = 1; i < chords; ++i) {
+            double t = double(i) / chords;
+            double u = 1 - t;
+            double b0 = u * u * u;
+            double b1 = 3 * u * u * t;
+            double b2 = 3 * u * t * t;
+            double b3 = t * t * t;
+            line({b0 * from.x + b1 * c1.x + b2 * c2.x + b3 * end.x,
+                  b0 * from.y + b1 * c1.y + b2 * c2.y + b3 * end.y});
+        }
+        line(end);
+    }
+
+    std::vector<Edge>& edges_;
+    const PixelRect& clip_;
+    CGPoint start_;
+    CGPoint current_;
+};
+
+/// Sums up signed areas of the edges in a band of rows. A cell holds by how much coverage changes from the
+/// pixel left of it; which cells were touched is noted, so that long runs between them cost nothing.
+class Band {
+  public:
+    void reset(int width, int rows) {
+        width_ = width;
+        words_ = (width + 2 + 63) / 64;
+        stride_ = words_ * 64;
+        if (cells_.size() < size_t(stride_) * size_t(rows)) cells_.resize(size_t(stride_) * size_t(rows));
+        if (touched_.size() < size_t(words_) * size_t(rows)) touched_.resize(size_t(words_) * size_t(rows));
+        coverage_.resize(size_t(width));
+    }
+
+    /// An edge with y within the band.
+    void add(double x0, double y0, double x1, double y1) {
+        if (y0 == y1) return;
+        if (y0 < y1)
+            addDownwards(x0, y0, x1, y1, 1);
+        else
+            addDownwards(x1, y1, x0, y0, -1);
+    }
+
+    /// Hands on a row and leaves it all zero for the next use.
+    void emit(int row, int y, int left, CoverageSink& sink);
+
+  private:
+    void addDownwards(double x0, double y0, double x1, double y1, double direction) {
+        // What is left of the band counts as at its left side, what is right of it does not count.
+        double right = width_;
+        if (x0 <= 0 && x1 <= 0) {
+            slope(0, y0, 0, y1, direction);
+        } else if (x0 >= right && x1 >= right) {
+            return;
+        } else if (std::min(x0, x1) >= 0 && std::max(x0, x1) <= right) {
+            slope(x0, y0, x1, y1, direction);
+        } else {
+            double boundary = std::min(x0, x1) < 0 ? 0 : right;
+            double y = std::clamp(y0 + (boundary - x0) * (y1 - y0) / (x1 - x0), y0, y1);
+            part(x0, y0, boundary, y, direction);
+            part(boundary, y, x1, y1, direction);
+        }
+    }
+
+    void part(double x0, double y0, double x1, double y1, double direction) {
+        if (y0 < y1) addDownwards(x0, y0, x1, y1, direction);
+    }
+
+    /// An edge wholly inside the band.
+    void slope(double x0, double y0, double x1, double y1, double direction) {
+        double slant = (x1 - x0) / (y1 - y0);
+        double low = std::min(x0, x1);
+        double high = std::max(x0, x1);
+        int last = int(std::ceil(y1));
+        double x = x0;
+        double top = y0;
+        for (int row = int(y0); row < last; ++row) {
+            double bottom = std::min(double(row + 1), y1);
+            double next = bottom == y1 ? x1 : std::clamp(x0 + (bottom - y0) * slant, low, high);
+            deposit(row, std::min(x, next), std::max(x, next), (bottom - top) * direction);
+            x = next;
+            top = bottom;
+        }
+    }
+
+    /// The edge crosses the row from x0 to x1 and is `height` high there (negative upwards).
+    void deposit(int row, double x0, double x1, double height) {
+        int first = int(x0);
+        int end = int(std::ceil(x1));
+        float* cells = cells_.data() + size_t(row) * size_t(stride_);
+        if (end <= first + 1) {
+            double right = height * (0.5 * (x0 + x1) - first);
+            cells[first] += float(height - right);
+            cells[first + 1] += float(right);
+            touch(row, first, first + 1);
+            return;
+        }
+        // The area right of the edge in each crossed pixel, as differences from one pixel to the next.
+        double perPixel = height / (x1 - x0);
+        double inFirst = first + 1 - x0;
+        double previous = 0.5 * perPixel * inFirst * inFirst;
+        cells[first] += float(previous);
+        for (int i = first + 1; i < end - 1; ++i) {
+            double area = perPixel * (inFirst + (i - first - 1) + 0.5);
+            cells[i] += float(area - previous);
+            previous = area;
+        }
+        double inLast = x1 - (end - 1);
+        double lastArea = height - 0.5 * perPixel * inLast * inLast;
+        // In the last pixel the part right of the edge's end is covered for the edge's full height.
+        cells[end - 1] += float(lastArea - previous);
+        cells[end] += float(height - lastArea);
+        touch(row, first, end);
+    }
+
+    void touch(int row, int first, int last) {
+        uint64_t* words = touched_.data() + size_t(row) * size_t(words_);
+        for (int i = first >> 6; i <= last >> 6; ++i) {
+            uint64_t bits = ~uint64_t(0);
+            if (i == first >> 6) bits &= ~uint64_t(0) << (first & 63);
+            if (i == last >> 6) bits &= ~uint64_t(0) >> (63 - (last & 63));
+            words[i] |= bits;
+        }
+    }
+
+    int width_ = 0;
+    int words_ = 0;
+    int stride_ = 0;
+    std::vector<float> cells_; // all zero between uses
+    std::vector<uint64_t> touched_;
+    std::vector<uint8_t> coverage_;
+};
+
+uint8_t coverageFromSum(float sum) {
+    constexpr float kToNearest = 0.5F;
+    return uint8_t(std::min(std::fabs(sum), 1.0F) * 255 + kToNearest);
+}
+
+void Band::emit(int row, int y, int left, CoverageSink& sink) {
+    constexpr int kWorthSplitting = 8;
+    float* cells = cells_.data() + size_t(row) * size_t(stride_);
+    uint64_t* words = touched_.data() + size_t(row) * size_t(words_);
+    float sum = 0;
+    int position = 0; // pixels before it are dealt with
+    int pending = -1; // first pixel of the run in coverage_ that is not handed on yet
+    auto flush = [&](int end) {
+        if (pending >= 0 && end > pending)
+            sink.span(y, left + pending, end - pending, coverage_.data() + pending);
+        pending = -1;
+    };
+    auto constant = [&](int end) { // from position to end the coverage stays as it is
+        if (end <= position) return;
+        uint8_t value = coverageFromSum(sum);
+        if (value == 0) {
+            flush(position);
+        } else if (value == 255 && end - position >= kWorthSplitting) {
+            flush(position);
+            sink.span(y, left + position, end - position, nullptr);
+        } else {
+            if (pending < 0) pending = position;
+            std::fill(coverage_.begin() + position, coverage_.begin() + end, value);
+        }
+        position = end;
+    };
+    for (int w = 0; w < words_; ++w) {
+        uint64_t bits = words[w];
+        words[w] = 0;
+        for (; bits; bits &= bits - 1) {
+            int cell = w * 64 + std::countr_zero(bits);
+            constant(std::min(cell, width_));
+            sum += cells[cell];
+            cells[cell] = 0;
+        }
+    }
+    constant(width_);
+    flush(width_);
+}
+
+} // namespace
+
+void ScanConvert(const CGPath& path, const CGAffineTransform& toPixels, const PixelRect& clip,
+                 CoverageSink& sink) {
+    static thread_local std::vector<Edge> edges;
+    static thread_local Band band;
+    edges.clear();
+    if (clip.empty() || path.empty() || !Flattener(edges, clip).flatten(path, toPixels) || edges.empty())
+        return;
+
+    double lowY = kFarthest;
+    double highY = -kFarthest;
+    double lowX = kFarthest;
+    double highX = -kFarthest;
+    for (const Edge& e : edges) {
+        lowY = std::min({lowY, e.y0, e.y1});
+        highY = std::max({highY, e.y0, e.y1});
+        lowX = std::min({lowX, e.x0, e.x1});
+        highX = std::max({highX, e.x0, e.x1});
+    }
+    PixelRect bounds{int(std::floor(lowX)), int(std::floor(lowY)), int(std::ceil(highX)),
+                     int(std::ceil(highY))};
+    PixelRect area = bounds.intersected(clip);
+    if (area.empty()) return;
+
+    int bandRows = std::clamp(kBandCells / (area.width() + 2), 1, area.height());
+    band.reset(area.width(), bandRows);
+    for (int top = area.top; top < area.bottom; top += bandRows) {
+        int rows = std::min(bandRows, area.bottom - top);
+        for (const Edge& e : edges) {
+            double y0 = e.y0 - top;
+            double y1 = e.y1 - top;
+            double x0 = e.x0 - area.left;
+            double x1 = e.x1 - area.left;
+            if (std::max(y0, y1) <= 0 || std::min(y0, y1) >= rows) continue;
+            double slant = (x1 - x0) / (y1 - y0);
+            auto cut = [&](double& x, double& y) {
+                double inside = std::clamp(y, 0.0, double(rows));
+                if (inside == y) return;
+                x += (inside - y) * slant;
+                y = inside;
+            };
+            cut(x0, y0);
+            cut(x1, y1);
+            band.add(x0, y0, x1, y1);
+        }
+        for (int row = 0; row < rows; ++row)
+            band.emit(row, top + row, area.left, sink);
+    }
+}
+
+PixelRect TouchedPixels(const CGRect& rect, const CGAffineTransform& toPixels, const PixelRect& clip) {
+    CGRect r = CGRectApplyAffineTransform(rect, toPixels);
+    double right = r.origin.x + r.size.width;
+    double bottom = r.origin.y + r.size.height;
+    if (!std::isfinite(r.origin.x) || !std::isfinite(r.origin.y) || !std::isfinite(right) ||
+        !std::isfinite(bottom))
+        return {};
+    auto whole = [](double v) { return int(std::clamp(v, -kFarthest, kFarthest)); };
+    // A hair's breadth of rounding error is no reason to touch another row of pixels.
+    constexpr double kHair = 1e-6;
+    PixelRect touched{whole(std::floor(r.origin.x + kHair)), whole(std::floor(r.origin.y + kHair)),
+                      whole(std::ceil(right - kHair)), whole(std::ceil(bottom - kHair))};
+    return touched.intersected(clip);
+}
+
+} // namespace tallyforge

@@ -1,0 +1,37 @@
+// What the address and leak checkers must know of the libraries that drawing brings along. Empty in any other
+// build.
+#include "rastergraphics/LeakChecker.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#define CHECKED
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define CHECKED
+#endif
+#endif
+
+#ifdef CHECKED
+extern "C" {
+const char* __lsan_default_suppressions();
+const char* __lsan_default_options();
+const char* __asan_default_options();
+
+// The font library keeps what it has read of fonts behind pointers that the checker cannot follow.
+const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig\n";
+}
+const char* __lsan_default_options() {
+    return "print_suppressions=0";
+}
+// The checker misreads where image plug-ins, loaded late, keep their thread-local data, and crashes.
+const char* __asan_default_options() {
+    return "intercept_tls_get_addr=0";
+}
+}
+#endif
+
+namespace tallyforge {
+
+void PrepareLeakChecker() {}
+
+} // namespace tallyforge

@@ -1,0 +1,86 @@
+#include "rastergraphics/TextEngine.h"
+
+#include "rastergraphics/TextShaping.h"
+
+#include <cmath>
+#include <iterator>
+
+namespace tallyforge {
+
+namespace {
+
+constexpr size_t kKeptLines = 512;
+/// Lines longer than this are shaped anew every time.
+constexpr size_t kLongestKept = 512;
+constexpr size_t kKeptPaintedBytes = size_t(4) << 20;
+constexpr size_t kLargestPainted = size_t(256) << 10;
+
+class KeepSink final : public CoverageSink {
+  public:
+    KeepSink(std::vector<uint8_t>& coverage, const PixelRect& area) : coverage_(coverage), area_(area) {}
+    void span(int y, int x, int n, const uint8_t* coverage) override {
+        uint8_t* row = coverage_.data() + size_t(y - area_.top) * size_t(area_.width()) + (x - area_.left);
+        coverage ? std::copy_n(coverage, n, row) : std::fill_n(row, n, uint8_t(255));
+    }
+
+  private:
+    std::vector<uint8_t>& coverage_;
+    const PixelRect& area_;
+};
+
+} // namespace
+
+std::shared_ptr<const TextLine> TextEngine::line(std::string_view utf8, int weight) {
+    std::lock_guard lock(mutex_);
+    if (utf8.size() > kLongestKept) return ShapeText(utf8, weight);
+    LineKey key{weight, std::string(utf8)};
+    if (auto known = lineByKey_.find(key); known != lineByKey_.end()) {
+        lines_.splice(lines_.begin(), lines_, known->second);
+        return known->second->line;
+    }
+    std::shared_ptr<const TextLine> shaped = ShapeText(utf8, weight);
+    if (!shaped) return nullptr;
+    lines_.push_front({key, shaped});
+    lineByKey_[std::move(key)] = lines_.begin();
+    if (lines_.size() > kKeptLines) {
+        lineByKey_.erase(lines_.back().key);
+        lines_.pop_back();
+    }
+    return shaped;
+}
+
+bool TextEngine::drawCached(const std::shared_ptr<const TextLine>& line,
+                            const CGAffineTransform& lineToPixels, const PixelRect& clip,
+                            CoverageSink& sink) {
+    std::lock_guard lock(mutex_);
+    auto found = painted_.begin();
+    while (found != painted_.end() && !(found->line == line && found->place == lineToPixels))
+        ++found;
+    if (found != painted_.end()) {
+        painted_.splice(painted_.begin(), painted_, found);
+    } else {
+        constexpr PixelRect kAnywhere{-(1 << 20), -(1 << 20), 1 << 20, 1 << 20};
+        PixelRect area = TouchedPixels(line->outline.boundingBox(), lineToPixels, kAnywhere);
+        size_t bytes = size_t(area.width()) * size_t(area.height());
+        if (bytes > kLargestPainted) return false;
+        Painted painted{line, lineToPixels, area, std::vector<uint8_t>(bytes)};
+        KeepSink keep(painted.coverage, area);
+        ScanConvert(line->outline, lineToPixels, area, keep);
+        painted_.push_front(std::move(painted));
+        paintedBytes_ += bytes;
+        while (paintedBytes_ > kKeptPaintedBytes) {
+            paintedBytes_ -= painted_.back().coverage.size();
+            painted_.pop_back();
+        }
+    }
+    const Painted& painted = painted_.front();
+    PixelRect seen = painted.area.intersected(clip);
+    for (int y = seen.top; y < seen.bottom; ++y) {
+        const uint8_t* row =
+            painted.coverage.data() + size_t(y - painted.area.top) * size_t(painted.area.width());
+        sink.span(y, seen.left, seen.width(), row + (seen.left - painted.area.left));
+    }
+    return true;
+}
+
+} // namespace tallyforge
