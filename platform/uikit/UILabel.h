@@ -1,0 +1,35 @@
+#pragma once
+
+#include "uikit/UIFont.h"
+#include "uikit/UIView.h"
+
+#include <string>
+
+namespace tallyforge {
+
+/// The platform's numbers.
+enum class NSTextAlignment { left = 0, center = 1, right = 2 };
+inline constexpr auto NSTextAlignmentCenter = NSTextAlignment::center;
+
+/// Shows one line of text: black, 17 points, from the left, until told otherwise.
+class UILabel final : public UIView {
+  public:
+    explicit UILabel(const CGRect& frame);
+
+    const char* className() const override { return "UILabel"; }
+    const std::string& text() const { return textLayer().string(); }
+    void setText(std::string text) { textLayer().setString(std::move(text)); }
+    const UIFont& font() const { return font_; }
+    void setFont(const UIFont& font);
+    UIColor textColor() const;
+    void setTextColor(const UIColor& color) { textLayer().setForegroundColor(color.cgColor()); }
+    NSTextAlignment textAlignment() const { return alignment_; }
+    void setTextAlignment(NSTextAlignment alignment);
+
+  private:
+    CATextLayer& textLayer() const { return static_cast<CATextLayer&>(*layer()); }
+    UIFont font_ = UIFont::systemFontOfSize(17);
+    NSTextAlignment alignment_ = NSTextAlignment::left;
+};
+
+} // namespace tallyforge
