@@ -14,12 +14,17 @@ namespace {
 
 // Takes the first character off the text and returns it. Bytes that are no UTF-8 count one by one.
 char32_t TakeCharacter(std::string_view& text) {
-    auto byte = static_cast<unsigned char>(text.front());
-    size_t length = byte < 0xC0 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
-    length = std::min(length, text.size());
-    char32_t character = length == 1 ? byte : byte & (0xFFU >> (length + 1));
-    for (size_t i = 1; i < length; ++i)
-        character = (character << 6) | (static_cast<unsigned char>(text[i]) & 0x3FU);
+    auto byteAt = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
+    size_t length = byteAt(0) < 0xC0 ? 1 : byteAt(0) < 0xE0 ? 2 : byteAt(0) < 0xF0 ? 3 : 4;
+    char32_t character = length == 1 ? byteAt(0) : byteAt(0) & (0xFFU >> (length + 1));
+    for (size_t i = 1; i < length; ++i) {
+        if (i >= text.size() || (byteAt(i) & 0xC0U) != 0x80) { // broken off
+            character = byteAt(0);
+            length = 1;
+            break;
+        }
+        character = (character << 6) | (byteAt(i) & 0x3FU);
+    }
     text.remove_prefix(length);
     return character;
 }

@@ -148,7 +148,9 @@ struct Dictionary::Entry {
     PropertyList value;
 };
 
-inline size_t Dictionary::count() const { return entries_.size(); }
+inline size_t Dictionary::count() const {
+    return entries_.size();
+}
 
 /// True for what PropertyList::date takes as it is.
 bool IsPropertyListDate(double secondsSince2001);

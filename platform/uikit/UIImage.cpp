@@ -70,9 +70,13 @@ UIImage UIImage::imageWithContentsOfFile(std::string_view path) {
     const char* device = UIDevice::currentDevice().isPad() ? "~ipad" : "~iphone";
 
     // A path that names a scale itself means that very file.
-    if (stem.ends_with("@2x") || stem.ends_with("@3x")) {
+    std::string_view plain = stem;
+    for (std::string_view named : {"~ipad", "~iphone"}) {
+        if (plain.ends_with(named)) plain.remove_suffix(named.size());
+    }
+    if (plain.ends_with("@2x") || plain.ends_with("@3x")) {
         FileIdentity identity = NSFileManager::defaultManager().identityOfFileAtPath(path);
-        return identity.exists() ? ImageFromFile(std::string(path), identity, stem[stem.size() - 2] - '0')
+        return identity.exists() ? ImageFromFile(std::string(path), identity, plain[plain.size() - 2] - '0')
                                  : UIImage();
     }
     for (int scale : ScalesForScreen()) {
