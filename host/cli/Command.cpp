@@ -1,0 +1,238 @@
+#include "cli/Command.h"
+
+#include "cli/Report.h"
+#include "cli/ValueText.h"
+
+#include <CLI/CLI.hpp>
+
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <string_view>
+
+namespace tallyforge {
+
+namespace {
+
+constexpr double kLongestTime = 3600;
+constexpr double kMostFrames = 3600;
+
+// "WxH" in points.
+std::string ParseSize(const std::string& text, std::optional<CGSize>& size) {
+    size_t cross = text.find('x');
+    auto width = NumberFromText(std::string_view(text).substr(0, cross));
+    auto height =
+        cross == std::string::npos ? std::nullopt : NumberFromText(std::string_view(text).substr(cross + 1));
+    if (!width || !height || *width < 1 || *height < 1 || *width > 4096 || *height > 4096)
+        return "'" + text + "' is no size: wanted is WxH in points, each from 1 to 4096, for example 375x44";
+    size = CGSize{*width, *height};
+    return {};
+}
+
+/// Makes the options that several commands share, each time with the same words.
+class Options {
+  public:
+    explicit Options(Command& command) : command_(command) {}
+
+    void common(CLI::App* app) {
+        app->add_option("--root", command_.root,
+                        "The device root: a folder that stands for the device's \"/\"")
+            ->type_name("DIR");
+        app->add_option_function<std::string>(
+               "--idiom", [this](const std::string& word) { command_.pad = word == "pad"; },
+               "The kind of device: phone (unless given) or pad")
+            ->check([](const std::string& word) {
+                return word == "phone" || word == "pad" ? std::string()
+                                                        : "'" + word + "' is neither phone nor pad";
+            })
+            ->type_name("phone|pad");
+    }
+    void json(CLI::App* app) { app->add_flag("--json", command_.json, "Print JSON"); }
+    void size(CLI::App* app) {
+        app->add_option("--size", "The cell's size in points at its creation (320x44 unless given); it is "
+                                  "shown at least 150 high")
+            ->check([this](const std::string& text) { return ParseSize(text, command_.size); })
+            ->type_name("WxH");
+    }
+    void scale(CLI::App* app) {
+        number(app, "--scale", command_.scale, 0.25, 8, "Pixels a point (2 unless given)");
+    }
+    void time(CLI::App* app) {
+        number(app, "--time", command_.time, 0, kLongestTime,
+               "Seconds after the marks were built (0 unless given)", "SECONDS");
+    }
+    template <class Number> // double, or an optional one
+    void number(CLI::App* app, const std::string& name, Number& value, double min, double max,
+                const std::string& help, const std::string& type = "N") {
+        addNumber(
+            app, name, [&value](double number) { value = number; }, min, max, help, type);
+    }
+
+  private:
+    static void addNumber(CLI::App* app, const std::string& name, std::function<void(double)> take,
+                          double min, double max, const std::string& help, const std::string& type) {
+        app->add_option(name, help)
+            ->check([take = std::move(take), min, max](const std::string& text) {
+                auto number = NumberFromText(text);
+                if (!number || *number < min || *number > max) {
+                    std::array<char, 96> range{};
+                    std::snprintf(range.data(), range.size(), "' is no number from %g to %g", min, max);
+                    return "'" + text + range.data();
+                }
+                take(*number);
+                return std::string();
+            })
+            ->type_name(type);
+    }
+    Command& command_;
+};
+
+CLI::App* AddCommand(CLI::App& app, Options& options, const std::string& name, const std::string& help,
+                     const std::string& example) {
+    CLI::App* command = app.add_subcommand(name, help);
+    options.common(command);
+    command->footer("Example:\n  " + example);
+    return command;
+}
+
+void AddSettingsCommands(CLI::App& app, Options& options, Command& words) {
+    CLI::App* list =
+        AddCommand(app, options, "list", "Print the 46 look settings: key, value, and 'set' or 'fallback'",
+                   "tallyforge list --json");
+    options.json(list);
+
+    CLI::App* get = AddCommand(app, options, "get", "Print a setting's value, or its fallback",
+                               "tallyforge get badgesize");
+    get->add_option("KEY", words.words, "The setting")->required()->expected(1);
+    options.json(get);
+
+    CLI::App* set =
+        AddCommand(app, options, "set",
+                   "Check all values, then write them, and tell the preview and the home screen once",
+                   "tallyforge set badgeshape 4 badgebgcol '#3355FF' badgesize -0.5");
+    set->add_option("KEY VALUE", words.words,
+                    "Settings and their values: a number in the setting's range, a code, 0 or 1, a colour as "
+                    "'#RRGGBB', "
+                    "or none, transparent, automatic, automatic_dark, automatic_bright")
+        ->required()
+        ->expected(1, 4096);
+
+    CLI::App* unset = AddCommand(app, options, "unset", "Remove settings, so that their fallbacks count",
+                                 "tallyforge unset badgesize badgeshape");
+    unset->add_option("KEY", words.words, "The settings")->required()->expected(1, 4096);
+
+    CLI::App* watch =
+        AddCommand(app, options, "watch", "Print the system's notifications as they arrive, one name a line",
+                   "tallyforge watch --count 1 --timeout 10");
+    watch->add_option("--count", "End after that many")
+        ->check([&words](const std::string& text) {
+            uint64_t count = 0;
+            auto [end, failed] = std::from_chars(text.data(), text.data() + text.size(), count);
+            if (failed != std::errc() || end != text.data() + text.size() || count == 0)
+                return "'" + text + "' is no whole number from 1";
+            words.count = count;
+            return std::string();
+        })
+        ->type_name("N");
+    options.number(watch, "--timeout", words.timeout, 0, 1e9, "End after that many seconds", "SECONDS");
+}
+
+void AddPictureCommands(CLI::App& app, Options& options, Command& words) {
+    CLI::App* render = AddCommand(app, options, "render", "Draw the preview into a PNG file",
+                                  "tallyforge render badge.png --scale 3 --time 0.5");
+    render->add_option("OUT.png", words.output, "The file to write")->required();
+    options.size(render);
+    options.scale(render);
+    options.time(render);
+
+    CLI::App* animate = AddCommand(app, options, "animate", "Draw the preview into an animated WebP file",
+                                   "tallyforge animate badge.webp --seconds 2 --fps 30");
+    animate->add_option("OUT.webp", words.output, "The file to write")->required();
+    options.number(animate, "--seconds", words.seconds, 0.01, kLongestTime, "How long (4 unless given)",
+                   "SECONDS");
+    options.number(animate, "--fps", words.framesPerSecond, 1, 100, "Frames a second (30 unless given)");
+    options.size(animate);
+    options.scale(animate);
+
+    CLI::App* inspect = AddCommand(app, options, "inspect", "Print what 'render' would draw, as JSON",
+                                   "tallyforge inspect --idiom pad");
+    options.size(inspect);
+    options.time(inspect);
+    options.json(inspect);
+}
+
+std::string FirstLine(const std::string& text) {
+    return text.substr(0, text.find('\n'));
+}
+
+// The command's first word that is none of the options, to say which word was not understood.
+std::string FirstWord(int argc, const char* const* argv) {
+    for (int i = 1; i < argc; ++i) {
+        if (argv[i][0] != '-') return argv[i];
+        if (std::string_view(argv[i]) == "--root" || std::string_view(argv[i]) == "--idiom") ++i;
+    }
+    return {};
+}
+
+int ReportWrongWords(const CLI::App& app, const CLI::ParseError& error, int argc, const char* const* argv) {
+    auto chosen = app.get_subcommands();
+    std::string word = FirstWord(argc, argv);
+    if (!word.empty() && (chosen.empty() || chosen.front()->get_name() != word))
+        return WrongWords(word, "no such command; see 'tallyforge --help'");
+    if (chosen.empty()) return WrongWords("command line", FirstLine(error.what()));
+    return WrongWords(chosen.front()->get_name(), FirstLine(error.what()));
+}
+
+// What the options cannot check by themselves.
+std::optional<int> CheckTogether(const Command& command, int argc, const char* const* argv) {
+    // The parser takes a bracketed word apart as a list; no setting and no value is written so.
+    for (int i = 1; i < argc && !command.words.empty(); ++i) {
+        if (argv[i][0] == '[')
+            return WrongWords(command.name,
+                              "'" + std::string(argv[i]) + "' is neither a setting nor a value");
+    }
+    if (CommandDraws(command) && command.name != "inspect" && !command.name.empty() && command.output.empty())
+        return WrongWords(command.name, "no file is named");
+    if (command.name == "set" && command.words.size() % 2 != 0)
+        return WrongWords("set",
+                          "'" + command.words.back() + "' has no value; wanted are pairs of KEY VALUE");
+    if (command.name == "animate" && command.seconds * command.framesPerSecond > kMostFrames)
+        return WrongWords("animate", "more than 3600 frames; take fewer seconds or frames a second");
+    return std::nullopt;
+}
+
+} // namespace
+
+std::variant<Command, int> ParseCommandLine(int argc, const char* const* argv) {
+    Command command;
+    Options options(command);
+    CLI::App app("Tallyforge: how the badge, the close box and the new dot of app icons look.", "tallyforge");
+    app.set_version_flag("--version", "tallyforge " TALLYFORGE_VERSION);
+    app.footer(
+        "Alone, tallyforge draws the preview for phone and tablet into its own folder and prints where the\n"
+        "pictures are. 'tallyforge COMMAND --help' explains a command.\n"
+        "The device is --root, else $TALLYFORGE_ROOT, else one of the program's own in the user's "
+        "data folder.");
+    app.require_subcommand(0, 1);
+    options.common(&app);
+    AddSettingsCommands(app, options, command);
+    AddPictureCommands(app, options, command);
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& help) { // --help, --version
+        return app.exit(help) == 0 ? FinishOutput("help") : int{kFailed};
+    } catch (const CLI::ParseError& error) {
+        return ReportWrongWords(app, error, argc, argv);
+    }
+    if (auto chosen = app.get_subcommands(); !chosen.empty()) command.name = chosen.front()->get_name();
+    if (auto status = CheckTogether(command, argc, argv)) return *status;
+    return command;
+}
+
+bool CommandDraws(const Command& command) {
+    return command.name.empty() || command.name == "render" || command.name == "animate" ||
+           command.name == "inspect";
+}
+
+} // namespace tallyforge

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "cli/Command.h"
+
+#include <optional>
+
+namespace tallyforge {
+
+/// Makes the device that the command names ready for use. A status when that cannot be done; it has been said
+/// why.
+std::optional<int> OpenDeviceFor(const Command& command);
+
+/// Says it when the settings domain's file is there but cannot be read as one: it then counts as empty.
+void WarnOfUnreadableSettings(const Command& command);
+
+} // namespace tallyforge

@@ -1,0 +1,93 @@
+#include "cli/PreviewCommands.h"
+
+#include "cli/Animate.h"
+#include "cli/Device.h"
+#include "cli/Inspector.h"
+#include "cli/PreviewStage.h"
+#include "cli/Report.h"
+#include "coregraphics/Canvas.h"
+#include "device/DeviceLocation.h"
+#include "device/HostFile.h"
+#include "uikit/UIDevice.h"
+
+#include <nlohmann/json.hpp>
+
+namespace tallyforge {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+int WritePreview(const Command& command, const std::string& file) {
+    PreviewStage stage(command.size, command.scale);
+    WarnOfUnreadableSettings(command);
+    stage.runTo(command.time);
+    auto picture = stage.picture();
+    if (!picture) return CouldNot(command.name, picture.reason());
+    auto written = WriteHostFile(file, Graphics::current()->encodePNG(**picture));
+    return written ? int{kDone} : CouldNot(command.name, written.reason());
+}
+
+int WriteAnimation(const Command& command, const std::string& file) {
+    PreviewStage stage(command.size, command.scale);
+    WarnOfUnreadableSettings(command);
+    auto bytes = AnimatePreview(stage, command.seconds, command.framesPerSecond);
+    if (!bytes) return CouldNot(command.name, bytes.reason());
+    auto written = WriteHostFile(file, *bytes);
+    return written ? int{kDone} : CouldNot(command.name, written.reason());
+}
+
+} // namespace
+
+int RunRender(const Command& command) {
+    return WritePreview(command, command.output);
+}
+
+int RunAnimate(const Command& command) {
+    return WriteAnimation(command, command.output);
+}
+
+int RunInspect(const Command& command) {
+    PreviewStage stage(command.size, command.scale);
+    WarnOfUnreadableSettings(command);
+    stage.runTo(command.time);
+    const PreviewCell& cell = stage.cell();
+    Json json;
+    json["idiom"] = command.pad ? "pad" : "phone";
+    json["time"] = command.time;
+    json["cell"] = InspectSize(cell.size());
+    json["currentIcon"] = cell.currentIcon();
+    json["selectedAppName"] = cell.selectedAppName();
+    json["view"] = InspectView(cell);
+    Print(json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+    return FinishOutput(command.name);
+}
+
+int RunPictures(const Command& command) {
+    auto data = UserDataFolder();
+    if (!data) return CouldNot("pictures", data.reason() + "; 'tallyforge render FILE' draws one anywhere");
+    std::filesystem::path folder = *data / "pictures";
+    std::error_code failed;
+    std::filesystem::create_directories(folder, failed);
+    if (failed) return CouldNot("pictures", folder.string() + ": " + failed.message());
+
+    struct Picture {
+        const char* name;
+        UIUserInterfaceIdiom idiom;
+        int (*write)(const Command&, const std::string&);
+    };
+    constexpr Picture kPictures[] = {{"preview-phone.png", UIUserInterfaceIdiomPhone, WritePreview},
+                                     {"preview-pad.png", UIUserInterfaceIdiomPad, WritePreview},
+                                     {"preview-phone.webp", UIUserInterfaceIdiomPhone, WriteAnimation}};
+    Command pictures = command;
+    pictures.name = "pictures";
+    for (const Picture& picture : kPictures) {
+        UIDevice::currentDevice().setUserInterfaceIdiom(picture.idiom);
+        std::string file = (folder / picture.name).string();
+        if (int status = picture.write(pictures, file); status != kDone) return status;
+        Print(file + "\n");
+    }
+    return FinishOutput("pictures");
+}
+
+} // namespace tallyforge

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string_view>
+
+namespace tallyforge {
+
+/// Exit statuses.
+enum ExitStatus : int {
+    kDone = 0,
+    kFailed = 1,   ///< it could not be done
+    kBadWords = 2, ///< the words or values are wrong; nothing was changed
+};
+
+/// Says "tallyforge: WHAT: WHY" on standard error, on one line whatever the texts hold.
+void Complain(std::string_view what, std::string_view why);
+/// The same, and returns the status for it.
+int CouldNot(std::string_view what, std::string_view why);
+int WrongWords(std::string_view what, std::string_view why);
+
+/// Writes to standard output. The first failure is remembered for FinishOutput.
+void Print(std::string_view text);
+
+/// Ends standard output; kFailed, said, when something could not be written to it.
+int FinishOutput(std::string_view what);
+
+} // namespace tallyforge

@@ -1,0 +1,168 @@
+#include "cli/SettingsCommands.h"
+
+#include "cli/Device.h"
+#include "cli/Report.h"
+#include "cli/ValueText.h"
+#include "corefoundation/CFPreferences.h"
+#include "corefoundation/NSUserDefaults.h"
+#include "settings/Settings.h"
+#include "settings/SettingsKeys.h"
+
+#include <nlohmann/json.hpp>
+
+#include <array>
+#include <charconv>
+#include <cstdio>
+
+namespace tallyforge {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// The close box's preset is no look setting, but people may set it all the same.
+constexpr SettingKey kPresetKey{
+    kPresetCloseBoxKey, MarkKind::closeBox, SettingType::code, 0, 0, {}, 0, std::span(&kPresetCrossOnly, 1)};
+
+const SettingKey* FindKey(std::string_view name) {
+    return name == kPresetCloseBoxKey ? &kPresetKey : FindSettingKey(name);
+}
+
+PropertyList Fallback(const SettingKey& key) {
+    const PropertyList* value = SettingsDefaults().objectForKey(key.name);
+    return value ? *value : PropertyList::integer(0);
+}
+
+struct Reading {
+    PropertyList value;
+    bool set;
+};
+
+Reading Read(const SettingKey& key) {
+    const PropertyList* value = SettingsSnapshot().objectForKey(key.name);
+    return value ? Reading{*value, true} : Reading{Fallback(key), false};
+}
+
+const char* Source(const Reading& reading) {
+    return reading.set ? "set" : "fallback";
+}
+
+Json ToJson(const PropertyList& value) {
+    switch (value.kind()) {
+    case PropertyList::Kind::boolean:
+        return value.boolValue();
+    case PropertyList::Kind::integer:
+        return value.isLargeUnsigned() ? Json(static_cast<uint64_t>(value.integerBits()))
+                                       : Json(value.integerBits());
+    case PropertyList::Kind::floatNumber: {
+        // The digits that people wrote ("1.2"), not those of the nearest double.
+        std::string digits = value.description();
+        double number = 0;
+        auto [end, failed] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+        return failed == std::errc() ? Json(number) : Json(value.doubleValue());
+    }
+    case PropertyList::Kind::doubleNumber:
+        return value.doubleValue();
+    case PropertyList::Kind::string:
+        return *value.asString();
+    default: // no kind of setting
+        return nullptr;
+    }
+}
+
+// For a line of text: a string's control characters are shown, not sent.
+std::string ToText(const PropertyList& value) {
+    std::string text;
+    for (char c : value.description()) {
+        auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x20 && byte != 0x7F) {
+            text += c;
+            continue;
+        }
+        std::array<char, 8> code{};
+        std::snprintf(code.data(), code.size(), "\\x%02X", byte);
+        text += code.data();
+    }
+    return text;
+}
+
+std::string Dump(const Json& json) {
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+void Print(const std::string& text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+int UnknownKey(const Command& command, const std::string& key) {
+    return WrongWords(command.name, "'" + key + "' is no setting; 'tallyforge list' names them");
+}
+
+int SaveAndAnnounce(const Command& command) {
+    std::string unreadable = CFPreferencesReadFailure(kSettingsDomain);
+    if (!CFPreferencesAppSynchronize(kSettingsDomain))
+        return CouldNot(command.name, CFPreferencesPath(kSettingsDomain) + ": " +
+                                          CFPreferencesSynchronizeFailure(kSettingsDomain));
+    NSUserDefaults::standardUserDefaults().synchronize();
+    if (!unreadable.empty())
+        Complain(command.name, CFPreferencesPath(kSettingsDomain) + ": " + unreadable +
+                                   "; the old file was kept beside the new one");
+    AnnounceSettingsChanged();
+    return kDone;
+}
+
+} // namespace
+
+int RunList(const Command& command) {
+    LoadSettingsSnapshot();
+    WarnOfUnreadableSettings(command);
+    Json list = Json::array();
+    for (const SettingKey& key : SettingsKeyTable()) {
+        Reading reading = Read(key);
+        if (command.json)
+            list.push_back(
+                {{"key", key.name}, {"value", ToJson(reading.value)}, {"source", Source(reading)}});
+        else
+            Print(std::string(key.name) + "\t" + ToText(reading.value) + "\t" + Source(reading) + "\n");
+    }
+    if (command.json) Print(Dump(list));
+    return FinishOutput(command.name);
+}
+
+int RunGet(const Command& command) {
+    const SettingKey* key = FindKey(command.words.front());
+    if (!key) return UnknownKey(command, command.words.front());
+    LoadSettingsSnapshot();
+    WarnOfUnreadableSettings(command);
+    Reading reading = Read(*key);
+    if (command.json)
+        Print(Dump({{"key", key->name}, {"value", ToJson(reading.value)}, {"source", Source(reading)}}));
+    else
+        Print(ToText(reading.value) + "\n");
+    return FinishOutput(command.name);
+}
+
+int RunSet(const Command& command) {
+    std::vector<std::pair<std::string, PropertyList>> values;
+    for (size_t i = 0; i + 1 < command.words.size(); i += 2) {
+        const SettingKey* key = FindKey(command.words[i]);
+        if (!key) return UnknownKey(command, command.words[i]);
+        auto value = SettingFromText(*key, command.words[i + 1]);
+        if (!value) return WrongWords(command.name, value.reason());
+        values.emplace_back(command.words[i], std::move(*value));
+    }
+    for (auto& [key, value] : values)
+        CFPreferencesSetAppValue(key, std::move(value), kSettingsDomain);
+    return SaveAndAnnounce(command);
+}
+
+int RunUnset(const Command& command) {
+    for (const std::string& word : command.words) {
+        if (!FindKey(word)) return UnknownKey(command, word);
+    }
+    for (const std::string& word : command.words)
+        CFPreferencesSetAppValue(word, std::nullopt, kSettingsDomain);
+    return SaveAndAnnounce(command);
+}
+
+} // namespace tallyforge

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "foundation/PropertyList.h"
+#include "foundation/Result.h"
+#include "settings/SettingsKeys.h"
+
+#include <optional>
+#include <string_view>
+
+namespace tallyforge {
+
+/// The finite decimal number that the whole text is, with or without a sign; nothing when it is none.
+std::optional<double> NumberFromText(std::string_view text);
+
+/// The value that the text is for this setting: numbers, codes and switches as float numbers, colours as
+/// strings with upper-case digits. An error says what is allowed.
+Result<PropertyList> SettingFromText(const SettingKey& key, std::string_view text);
+
+} // namespace tallyforge

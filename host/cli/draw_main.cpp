@@ -1,0 +1,23 @@
+// The program behind the commands that draw.
+
+#include "cli/Command.h"
+#include "cli/Device.h"
+#include "cli/PreviewCommands.h"
+#include "coregraphics/Canvas.h"
+#include "mobileservices/UIAssetManager.h"
+#include "rastergraphics/RasterGraphics.h"
+
+int main(int argc, char** argv) {
+    using namespace tallyforge;
+    auto parsed = ParseCommandLine(argc, argv);
+    if (int* status = std::get_if<int>(&parsed)) return *status;
+    const auto& command = std::get<Command>(parsed);
+    if (auto status = OpenDeviceFor(command)) return *status;
+    Graphics::install(MakeRasterGraphics());
+    RegisterMobileServices();
+
+    if (command.name == "render") return RunRender(command);
+    if (command.name == "animate") return RunAnimate(command);
+    if (command.name == "inspect") return RunInspect(command);
+    return RunPictures(command);
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "foundation/Result.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace tallyforge {
+
+/// Where the device is on this machine.
+struct DeviceLocation {
+    std::filesystem::path folder;
+    /// The program's own device, which it furnishes; any other folder is taken as it is.
+    bool own = false;
+};
+
+/// The folder named on the command line, else by TALLYFORGE_ROOT, else "tallyforge/device" in the user's data
+/// folder. Fails when none can be told.
+Result<DeviceLocation> LocateDevice(const std::optional<std::string>& named);
+
+/// "tallyforge" in the user's data folder ($XDG_DATA_HOME, else ~/.local/share).
+Result<std::filesystem::path> UserDataFolder();
+
+/// The folder that holds the program's "bin", "libexec" and "share".
+std::filesystem::path ProgramPrefix();
+
+/// Makes the device ready and says that it is the one: furnishes the program's own, and sets the device root.
+/// What could not be furnished is told through `warn` and is no failure.
+Status OpenDevice(const DeviceLocation& location, void (*warn)(const std::string& line));
+
+} // namespace tallyforge
