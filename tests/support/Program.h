@@ -105,7 +105,7 @@ class Program {
 };
 
 inline Ended RunProgram(const std::vector<std::string>& words,
-                 const std::map<std::string, std::string>& environment = {}, double seconds = 60) {
+                        const std::map<std::string, std::string>& environment = {}, double seconds = 60) {
     return Program(words, environment).wait(seconds);
 }
 
