@@ -2,6 +2,7 @@
 
 #include "Subprocess.h"
 #include "corefoundation/CFNotificationCenter.h"
+#include "corefoundation/CFPreferences.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -116,6 +117,35 @@ TEST_F(DarwinNotificationTests, NothingIsLostWhenThePosterEndsAtOnce) {
         EXPECT_EQ(postElsewhere({"com.example.quick"}), 0);
     waitFor(*listener, posters);
     EXPECT_EQ(heard_.size(), posters);
+}
+
+// Two processes change one domain at the same time and say so; a third hears each of them, and nothing is
+// lost.
+TEST_F(DarwinNotificationTests, TwoWritersAtATimeAreHeardByAThird) {
+    startBus();
+    useBus();
+    const auto listener = listen();
+    ASSERT_NE(listener, nullptr);
+    const std::string device = folder_ + "/device";
+    std::filesystem::create_directory(device);
+    const std::string helper = std::string(TALLYFORGE_BIN) + "/corefoundation_helper";
+    std::vector<pid_t> writers;
+    for (const char* prefix : {"left", "right"})
+        writers.push_back(Start(
+            {helper, "set", device, "com.example.look", prefix, "500", "com.quillon.tallyforge.prefs"}));
+    for (int tries = 0; tries < 240 && heard_.size() < 1000; ++tries)
+        ASSERT_TRUE(listener->wait(0.5));
+    for (pid_t writer : writers)
+        EXPECT_EQ(Ended(writer), 0);
+    EXPECT_EQ(heard_, Names(1000, "com.quillon.tallyforge.prefs"));
+
+    ASSERT_TRUE(DeviceRoot::set(device));
+    CFPreferencesForgetAll();
+    const auto keys =
+        CFPreferencesCopyKeyList("com.example.look", kCFPreferencesCurrentUser, kCFPreferencesAnyHost);
+    ASSERT_TRUE(keys);
+    EXPECT_EQ(keys->size(), 1000U);
+    CFPreferencesForgetAll();
 }
 
 TEST_F(DarwinNotificationTests, TheBusInTheRuntimeFolderIsFound) {

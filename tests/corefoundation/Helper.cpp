@@ -6,7 +6,8 @@
 #include <unistd.h>
 #include <vector>
 
-// corefoundation_helper set ROOT DOMAIN PREFIX COUNT   sets PREFIX0, PREFIX1, ... and synchronises after each
+// corefoundation_helper set ROOT DOMAIN PREFIX COUNT [NAME]
+//     sets PREFIX0, PREFIX1, ..., synchronises after each, and posts NAME after each where there is one
 // corefoundation_helper post NAME ...                  posts and ends at once
 
 namespace {
@@ -17,7 +18,12 @@ int SetKeys(const std::vector<std::string>& words) {
     const int count = std::stoi(words[4]);
     for (int i = 0; i < count; ++i) {
         CFPreferencesSetAppValue(words[3] + std::to_string(i), PropertyList::integer(i), words[2]);
-        if (CFPreferencesAppSynchronize(words[2])) continue;
+        if (CFPreferencesAppSynchronize(words[2])) {
+            if (words.size() > 5)
+                CFNotificationCenterPostNotification(CFNotificationCenterGetDarwinNotifyCenter(), words[5],
+                                                     nullptr, nullptr, true);
+            continue;
+        }
         std::fprintf(stderr, "%s\n", CFPreferencesSynchronizeFailure(words[2]).c_str());
         return 1;
     }
@@ -36,7 +42,7 @@ int Post(const std::vector<std::string>& words) {
 
 int main(int argc, char** argv) {
     const std::vector<std::string> words(argv + 1, argv + argc);
-    if (words.size() == 5 && words[0] == "set") return SetKeys(words);
+    if (words.size() >= 5 && words[0] == "set") return SetKeys(words);
     if (words.size() >= 2 && words[0] == "post") return Post(words);
     return 2;
 }
