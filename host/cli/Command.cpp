@@ -2,12 +2,14 @@
 
 #include "cli/Report.h"
 #include "cli/ValueText.h"
+#include "settings/SettingsKeys.h"
 
 #include <CLI/CLI.hpp>
 
 #include <array>
 #include <charconv>
 #include <cstdio>
+#include <memory>
 #include <string_view>
 
 namespace tallyforge {
@@ -27,6 +29,30 @@ std::string ParseSize(const std::string& text, std::optional<CGSize>& size) {
         return "'" + text + "' is no size: wanted is WxH in points, each from 1 to 4096, for example 375x44";
     size = CGSize{*width, *height};
     return {};
+}
+
+/// Shows positional words as they are named, with dots where there may be more.
+class WordsFormatter final : public CLI::Formatter {
+  public:
+    std::string make_option_usage(const CLI::Option* option) const override {
+        std::string name = option->get_name(true);
+        return option->get_expected_max() > 1 ? name + " ..." : name;
+    }
+    std::string make_option_opts(const CLI::Option* option) const override {
+        return option->get_positional() ? std::string() : CLI::Formatter::make_option_opts(option);
+    }
+};
+
+// What every setting may be, a line each; made only when help is asked for.
+std::string SettingsHelp() {
+    std::string text =
+        "Example:\n  tallyforge set badgeshape 4 badgebgcol '#3355FF' badgesize -0.5\n\nSettings:\n";
+    for (const SettingKey& key : SettingsKeyTable()) {
+        std::string name(key.name);
+        name.resize(20, ' ');
+        text += "  " + name + AllowedValues(key) + "\n";
+    }
+    return text;
 }
 
 /// Makes the options that several commands share, each time with the same words.
@@ -110,12 +136,11 @@ void AddSettingsCommands(CLI::App& app, Options& options, Command& words) {
         AddCommand(app, options, "set",
                    "Check all values, then write them, and tell the preview and the home screen once",
                    "tallyforge set badgeshape 4 badgebgcol '#3355FF' badgesize -0.5");
-    set->add_option("KEY VALUE", words.words,
-                    "Settings and their values: a number in the setting's range, a code, 0 or 1, a colour as "
-                    "'#RRGGBB', "
-                    "or none, transparent, automatic, automatic_dark, automatic_bright")
+    set->add_option("KEY VALUE", words.words, "Settings and their values; what is allowed is listed below")
         ->required()
         ->expected(1, 4096);
+    set->footer("");
+    set->footer(SettingsHelp);
 
     CLI::App* unset = AddCommand(app, options, "unset", "Remove settings, so that their fallbacks count",
                                  "tallyforge unset badgesize badgeshape");
@@ -213,6 +238,7 @@ std::variant<Command, int> ParseCommandLine(int argc, const char* const* argv) {
         "pictures are. 'tallyforge COMMAND --help' explains a command.\n"
         "The device is --root, else $TALLYFORGE_ROOT, else one of the program's own in the user's "
         "data folder.");
+    app.formatter(std::make_shared<WordsFormatter>());
     app.require_subcommand(0, 1);
     options.common(&app);
     AddSettingsCommands(app, options, command);

@@ -27,26 +27,6 @@ std::optional<double> TextAsSwitch(std::string_view text) {
     return std::nullopt;
 }
 
-std::string Wanted(const SettingKey& key) {
-    switch (key.type) {
-    case SettingType::color:
-        return "'#RRGGBB' or one of none, transparent, automatic, automatic_dark, automatic_bright";
-    case SettingType::boolean:
-        return "0 or 1";
-    case SettingType::number:
-        return "a number from " + PropertyList::floatNumber(key.min).description() + " to " +
-               PropertyList::floatNumber(key.max).description();
-    case SettingType::code:
-        break;
-    }
-    // "a whole number from 0 to 4, 5, 6 or 10"; "0 or 98"
-    std::string text =
-        key.max > 0 ? "a whole number from 0 to " + PropertyList::floatNumber(key.max).description() : "0";
-    for (size_t i = 0; i < key.furtherCodes.size(); ++i)
-        text += (i + 1 < key.furtherCodes.size() ? ", " : " or ") + std::to_string(key.furtherCodes[i]);
-    return text;
-}
-
 } // namespace
 
 std::optional<double> NumberFromText(std::string_view text) {
@@ -58,9 +38,33 @@ std::optional<double> NumberFromText(std::string_view text) {
     return number + 0.0; // never -0
 }
 
+std::string AllowedValues(const SettingKey& key) {
+    switch (key.type) {
+    case SettingType::color:
+        return "'#RRGGBB', none, transparent, automatic, automatic_dark or automatic_bright";
+    case SettingType::boolean:
+        return "0 or 1";
+    case SettingType::number:
+        return "a number from " + PropertyList::floatNumber(key.min).description() + " to " +
+               PropertyList::floatNumber(key.max).description();
+    case SettingType::code:
+        break;
+    }
+    // "a whole number from 0 to 6 or 10"; "0 or 98"
+    int last = static_cast<int>(key.max);
+    std::string others;
+    for (int code : key.furtherCodes) {
+        if (code == last + 1 && last > 0)
+            last = code;
+        else
+            others += " or " + std::to_string(code);
+    }
+    return (last > 0 ? "a whole number from 0 to " + std::to_string(last) : "0") + others;
+}
+
 Result<PropertyList> SettingFromText(const SettingKey& key, std::string_view text) {
     Error wrong{"'" + std::string(text) + "' is no value for " + std::string(key.name) + "; wanted is " +
-                Wanted(key)};
+                AllowedValues(key)};
     if (key.type == SettingType::color) {
         if (!IsColorString(text)) return wrong;
         std::string color(text);
