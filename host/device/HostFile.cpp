@@ -50,9 +50,8 @@ Status WriteHostFile(const std::filesystem::path& path, std::span<const uint8_t>
     bool replaceable =
         !std::filesystem::exists(path, ignored) || std::filesystem::is_regular_file(path, ignored);
     std::filesystem::path target = path;
-    if (replaceable && std::filesystem::is_symlink(path, ignored)) {
-        if (auto behind = std::filesystem::weakly_canonical(path, ignored); !ignored) target = behind;
-    }
+    for (int links = 0; replaceable && links < 40 && std::filesystem::is_symlink(target, ignored); ++links)
+        target = target.parent_path() / std::filesystem::read_symlink(target, ignored);
     std::string name = replaceable ? (target.parent_path() / ".tallyforge-XXXXXX").string() : path.string();
     int descriptor =
         replaceable ? ::mkostemp(name.data(), O_CLOEXEC) : ::open(name.c_str(), O_WRONLY | O_CLOEXEC);

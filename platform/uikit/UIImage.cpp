@@ -80,8 +80,11 @@ UIImage UIImage::imageWithContentsOfFile(std::string_view path) {
                                  : UIImage();
     }
     for (int scale : ScalesForScreen()) {
-        std::string scaled = scale == 1 ? stem : stem + "@" + std::to_string(scale) + "x";
-        for (const std::string& candidate : {scaled + device + ending, scaled + ending}) {
+        std::string scaled = stem;
+        if (scale != 1) scaled.append("@").append(std::to_string(scale)).append("x");
+        for (const char* suffix : {device, ""}) {
+            std::string candidate = scaled;
+            candidate.append(suffix).append(ending);
             FileIdentity identity = NSFileManager::defaultManager().identityOfFileAtPath(candidate);
             if (!identity.exists()) continue;
             if (UIImage image = ImageFromFile(candidate, identity, scale)) return image;

@@ -27,14 +27,16 @@ void UIView::setBackgroundColor(const std::optional<UIColor>& color) {
     layer_->setBackgroundColor(color ? std::optional(color->cgColor()) : std::nullopt);
 }
 
-void UIView::addSubview(const std::shared_ptr<UIView>& view) {
-    insertSubviewAtIndex(view, subviews_.size());
+void UIView::addSubview(std::shared_ptr<UIView> view) {
+    insertSubviewAtIndex(std::move(view), subviews_.size());
 }
 
-void UIView::insertSubviewAtIndex(const std::shared_ptr<UIView>& view, size_t index) {
+void UIView::insertSubviewAtIndex(std::shared_ptr<UIView> view, size_t index) {
+    for (const UIView* above = this; above; above = above->superview_) {
+        if (above == view.get()) return; // a view cannot be within itself
+    }
     if (!view) return;
-    std::shared_ptr<UIView> held = view; // leaving its superview may drop the last other reference
-    held->removeFromSuperview();
+    view->removeFromSuperview();
     index = std::min(index, subviews_.size());
 
     // Layers of views keep the order of the views; layers that are no view's stay where they are.
@@ -43,9 +45,9 @@ void UIView::insertSubviewAtIndex(const std::shared_ptr<UIView>& view, size_t in
     if (index < subviews_.size())
         place = static_cast<size_t>(std::find(layers.begin(), layers.end(), subviews_[index]->layer_) -
                                     layers.begin());
-    layer_->insertSublayer(held->layer_, place);
-    subviews_.insert(subviews_.begin() + static_cast<std::ptrdiff_t>(index), held);
-    held->superview_ = this;
+    layer_->insertSublayer(view->layer_, place);
+    subviews_.insert(subviews_.begin() + static_cast<std::ptrdiff_t>(index), view);
+    view->superview_ = this;
 }
 
 void UIView::removeFromSuperview() {

@@ -54,8 +54,9 @@ class UIView : public NSObject {
     UIView* superview() const { return superview_; }
     const std::vector<std::shared_ptr<UIView>>& subviews() const { return subviews_; }
     /// To the front of the others; a view that has another superview leaves it first.
-    void addSubview(const std::shared_ptr<UIView>& view);
-    void insertSubviewAtIndex(const std::shared_ptr<UIView>& view, size_t index);
+    /// A view that would then be within itself, and no view, are left alone.
+    void addSubview(std::shared_ptr<UIView> view);
+    void insertSubviewAtIndex(std::shared_ptr<UIView> view, size_t index);
     void removeFromSuperview();
 
     virtual void layoutSubviews() {}
