@@ -70,6 +70,7 @@ class AssetManager final : public UIAssetManager {
         auto picture = open_->catalog->pictureNamed(name, idiom_, scale);
         if (!picture.bitmap) return {};
         UIImage image = UIImage::imageWithCGImage(picture.bitmap, picture.scale, UIImageOrientationUp);
+        if (picture.bitmap->pixels().size() > kMostKeptPixels) return image;
         if (open_->pictures.size() >= kMostKeptPictures) open_->pictures.clear();
         open_->pictures.emplace(std::move(key), image);
         return image;
