@@ -184,7 +184,7 @@ Status Domain::save() {
     const auto apply = [this](const NSFileManager::Present& present, bool& keepAside) {
         return edit(present, keepAside);
     };
-    const Status saved = files.rewriteFile(path_, apply);
+    Status saved = files.rewriteFile(path_, apply);
     if (saved || files.fileExistsAtPath(preferencesFolder)) return saved;
     if (auto made = files.createDirectoryAtPath(preferencesFolder); !made)
         return Error{"creating its folder: " + made.reason()};

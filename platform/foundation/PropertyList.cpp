@@ -52,9 +52,12 @@ uint64_t HashOfKey(std::string_view key) {
     return Fold(hash, b);
 }
 
-template <class Real>
-bool SameBits(Real a, Real b) {
-    return std::memcmp(&a, &b, sizeof a) == 0;
+bool SameBits(float a, float b) {
+    return std::bit_cast<uint32_t>(a) == std::bit_cast<uint32_t>(b);
+}
+
+bool SameBits(double a, double b) {
+    return std::bit_cast<uint64_t>(a) == std::bit_cast<uint64_t>(b);
 }
 
 int32_t HeldTo32Bits(double value) {

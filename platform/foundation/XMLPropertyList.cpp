@@ -86,7 +86,8 @@ bool ReadDate(std::string_view text, PropertyList& out) {
     if (!day.ok() || field(0, 4) == 0 || field(11, 2) > 23 || field(14, 2) > 59 || field(17, 2) > 59)
         return false;
     const int64_t days = std::chrono::sys_days(day).time_since_epoch().count();
-    const int64_t seconds = days * 86'400 + field(11, 2) * 3'600 + field(14, 2) * 60 + field(17, 2);
+    const int64_t seconds =
+        days * 86'400 + field(11, 2) * int64_t{3'600} + field(14, 2) * int64_t{60} + field(17, 2);
     out = PropertyList::date(static_cast<double>(seconds - kSecondsFrom1970To2001));
     return true;
 }

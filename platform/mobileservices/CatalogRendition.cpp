@@ -110,7 +110,7 @@ class BitmapRows {
     CGImageRef fromPalette(Bytes packed) const {
         constexpr size_t kHeadBytes = 10;
         size_t pixelCount = size_t(rendition_.width) * rendition_.height;
-        auto bytes = Unpack(CatalogPacking::palette, packed, kHeadBytes + 256 * 4 + pixelCount);
+        auto bytes = Unpack(CatalogPacking::palette, packed, kHeadBytes + size_t{256} * 4 + pixelCount);
         if (!bytes || rendition_.pixelFormat != kFormatARGB) return nullptr;
         ByteReader in(*bytes);
         uint32_t magic = in.little32();

@@ -76,8 +76,10 @@ class Coder {
     template <size_t count>
     explicit Coder(const std::array<uint16_t, count>& frequencies) {
         uint32_t state = 0;
-        for (uint16_t symbol = 0; symbol < count; symbol++) {
-            uint32_t frequency = frequencies[symbol];
+        static_assert(count <= UINT16_MAX);
+        for (size_t index = 0; index < count; index++) {
+            auto symbol = static_cast<uint16_t>(index);
+            uint32_t frequency = frequencies[index];
             if (frequency == 0) continue;
             // The symbol's states are spread over all next states: the first ones take one bit more.
             uint32_t bits = uint32_t(std::bit_width(states) - std::bit_width(frequency));

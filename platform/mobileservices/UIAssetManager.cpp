@@ -11,7 +11,7 @@ namespace tallyforge {
 namespace {
 
 constexpr size_t kMostKeptPictures = 64;
-constexpr size_t kMostKeptPixels = 512 * 512; // of one picture
+constexpr size_t kMostKeptPixels = size_t{512} * 512; // of one picture
 
 using PictureKey = std::tuple<std::string, CatalogIdiom, CGFloat>;
 

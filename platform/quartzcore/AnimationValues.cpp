@@ -89,8 +89,9 @@ CATransform3D mix(const CATransform3D& from, const CATransform3D& to, CGFloat sh
 
 CATransform3D power(CATransform3D base, CGFloat times) {
     CATransform3D result;
-    for (times = std::min<CGFloat>(times, 1e15); times >= 1; times = std::floor(times / 2)) {
-        if (std::fmod(times, 2) >= 1) result = CATransform3DConcat(result, base);
+    if (!(times >= 1)) return result;
+    for (auto left = static_cast<uint64_t>(std::min<CGFloat>(times, 1e15)); left > 0; left /= 2) {
+        if (left % 2 == 1) result = CATransform3DConcat(result, base);
         base = CATransform3DConcat(base, base);
     }
     return result;

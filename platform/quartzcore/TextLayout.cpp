@@ -143,7 +143,7 @@ class Cache {
 template <typename Value>
 void appendBytes(std::string& key, const Value& value) {
     const auto* bytes = reinterpret_cast<const char*>(&value);
-    key.append(bytes, sizeof value);
+    key.append(bytes, sizeof(Value));
 }
 
 } // namespace
