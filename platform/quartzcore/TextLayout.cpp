@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <unordered_map>
 
 namespace tallyforge {
@@ -160,7 +161,7 @@ std::shared_ptr<const CATextLines> CALayOutText(std::string_view utf8, const Fon
     appendBytes(key, font.weight);
     appendBytes(key, room.width);
     if (wrapped) appendBytes(key, room.height);
-    appendBytes(key, graphics);
+    appendBytes(key, reinterpret_cast<std::uintptr_t>(graphics));
     key.push_back(wrapped ? 'w' : '1');
 
     thread_local Cache cache;

@@ -26,7 +26,7 @@ QList<AppIcon> appIcons() {
     if (!table.isArray()) throw std::runtime_error("the app table: " + error.errorString().toStdString());
 
     QList<AppIcon> icons;
-    for (const QJsonValue& entry : table.array()) {
+    for (const auto& entry : table.array()) {
         const QJsonObject app = entry.toObject();
         const QString drawing = app["drawing"].toString();
         if (!drawings.contains(drawing)) {

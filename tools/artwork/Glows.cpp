@@ -67,7 +67,7 @@ Field softened(Field field, double sigma) {
                     const int sx = across ? x + i : x;
                     const int sy = across ? y : y + i;
                     if (sx < 0 || sy < 0 || sx >= field.side || sy >= field.side) continue;
-                    sum += kernel[static_cast<std::size_t>(i + radius)] * field.at(sx, sy);
+                    sum += *(kernel.begin() + i + radius) * field.at(sx, sy);
                 }
                 out.at(x, y) = sum / total;
             }
