@@ -4,15 +4,15 @@ set -uo pipefail
 
 graphics='libQt|libGL|libX11|libxcb|libfontconfig|libfreetype|libpng'
 
-loaded() {
-  ldd "$1" || exit 1
-}
+# The lists are kept whole: a pipe into "grep -q" would end ldd by a signal whenever grep is done first.
+command_loads=$(ldd "$1") || exit 1
+drawing_loads=$(ldd "$2") || exit 1
 
-if loaded "$1" | grep -E "$graphics"; then
+if grep -E "$graphics" <<<"$command_loads"; then
   echo "$1 loads a graphics library"
   exit 1
 fi
-if ! loaded "$2" | grep -qE 'libQt'; then
+if ! grep -qE 'libQt' <<<"$drawing_loads"; then
   echo "$2 loads no graphics library, so the check above proves nothing"
   exit 1
 fi
