@@ -4,6 +4,7 @@
 #include "uikit/UITableViewCell.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tallyforge {
@@ -16,9 +17,22 @@ class PSTableCell : public UITableViewCell {
     virtual bool initWithStyleReuseIdentifierSpecifier(int style, std::string reuseIdentifier,
                                                        std::shared_ptr<PSSpecifier> specifier);
     const std::shared_ptr<PSSpecifier>& specifier() const { return specifier_; }
+    virtual void setSpecifier(std::shared_ptr<PSSpecifier> specifier) { specifier_ = std::move(specifier); }
+
+    /// Shows the row's title and present value.
+    virtual void refreshCellContents();
+    /// The height that the row wants, in points; nothing means the table's.
+    virtual std::optional<CGFloat> preferredHeight(CGFloat /*width*/) { return std::nullopt; }
+
+    /// Whether the row can be operated; a row that cannot is grey and takes no touches.
+    bool cellEnabled() const { return cellEnabled_; }
+    virtual void setCellEnabled(bool enabled);
+    /// What the keyboard's left and right operate on this row, or nullptr.
+    virtual UIView* control() const { return nullptr; }
 
   private:
     std::shared_ptr<PSSpecifier> specifier_;
+    bool cellEnabled_ = true;
 };
 
 } // namespace tallyforge

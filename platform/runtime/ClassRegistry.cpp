@@ -14,6 +14,11 @@ std::map<std::string, ObjCClass, std::less<>>& Classes() {
 
 } // namespace
 
+const MethodTable& NSObject::methods() const {
+    static constexpr MethodTable none{};
+    return none;
+}
+
 const ObjCClass* NSClassFromString(std::string_view name) {
     auto found = Classes().find(name);
     return found == Classes().end() ? nullptr : &found->second;

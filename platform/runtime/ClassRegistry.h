@@ -1,5 +1,7 @@
 #pragma once
 
+#include "runtime/MethodTable.h"
+
 #include <functional>
 #include <memory>
 #include <string_view>
@@ -19,6 +21,9 @@ class NSObject {
     };
     /// Those that a class shows to tools which look at it from outside.
     virtual std::vector<InstanceVariable> instanceVariables() const { return {}; }
+
+    /// The methods that can be called by their selectors' texts.
+    virtual const MethodTable& methods() const;
 };
 
 /// A class that is known by name: how to make an instance of it.

@@ -3,6 +3,7 @@
 #include "quartzcore/CALayer.h"
 #include "runtime/ClassRegistry.h"
 #include "uikit/UIColor.h"
+#include "uikit/UITouch.h"
 
 #include <memory>
 #include <optional>
@@ -12,6 +13,7 @@
 namespace tallyforge {
 
 class UIGestureRecognizer;
+class UIWindow;
 
 /// The platform's numbers of the content modes that occur.
 enum class UIViewContentMode { scaleToFill = 0, scaleAspectFit = 1, scaleAspectFill = 2, center = 4 };
@@ -20,7 +22,7 @@ inline constexpr auto UIViewContentModeScaleAspectFit = UIViewContentMode::scale
 
 /// A rectangle that shows something and takes touches; it stands for its layer, which holds all geometry.
 /// A view owns its subviews; a view knows its superview only as long as that one holds it.
-class UIView : public NSObject {
+class UIView : public NSObject, public std::enable_shared_from_this<UIView> {
   public:
     UIView() : UIView(CGRectZero) {}
     explicit UIView(const CGRect& frame);
@@ -33,9 +35,9 @@ class UIView : public NSObject {
 
     const std::shared_ptr<CALayer>& layer() const { return layer_; }
     CGRect frame() const { return layer_->frame(); }
-    virtual void setFrame(const CGRect& frame) { layer_->setFrame(frame); }
+    virtual void setFrame(const CGRect& frame);
     CGRect bounds() const { return layer_->bounds(); }
-    void setBounds(const CGRect& bounds) { layer_->setBounds(bounds); }
+    void setBounds(const CGRect& bounds);
     CGPoint center() const { return layer_->position(); }
     void setCenter(const CGPoint& center) { layer_->setPosition(center); }
     CGAffineTransform transform() const { return layer_->affineTransform(); }
@@ -48,8 +50,12 @@ class UIView : public NSObject {
     void setBackgroundColor(const std::optional<UIColor>& color);
     UIViewContentMode contentMode() const { return contentMode_; }
     virtual void setContentMode(UIViewContentMode mode) { contentMode_ = mode; }
+    bool clipsToBounds() const { return layer_->masksToBounds(); }
+    void setClipsToBounds(bool on) { layer_->setMasksToBounds(on); }
     int tag() const { return tag_; }
     void setTag(int tag) { tag_ = tag; }
+    /// This view or the first one below it, depth first, with the tag; nullptr without one.
+    UIView* viewWithTag(int tag);
 
     UIView* superview() const { return superview_; }
     const std::vector<std::shared_ptr<UIView>>& subviews() const { return subviews_; }
@@ -59,7 +65,44 @@ class UIView : public NSObject {
     void insertSubviewAtIndex(std::shared_ptr<UIView> view, size_t index);
     void removeFromSuperview();
 
+    void removeAllSubviews();
+    bool isDescendantOf(const UIView& view) const;
+    /// The window that the view is in, or nullptr.
+    UIWindow* window() const;
+    CGPoint convertPointToView(const CGPoint& point, const UIView* view) const; ///< nullptr: the window
+    CGPoint convertPointFromView(const CGPoint& point, const UIView* view) const;
+    CGRect convertRectToView(const CGRect& rect, const UIView* view) const;
+
+    /// Places the subviews. Called before the next frame after the size or the subviews have changed.
     virtual void layoutSubviews() {}
+    void setNeedsLayout();
+    /// Lays out this view and all below it, as far as they need it.
+    void layoutIfNeeded();
+
+    bool userInteractionEnabled() const { return userInteractionEnabled_; }
+    void setUserInteractionEnabled(bool enabled) { userInteractionEnabled_ = enabled; }
+    /// The deepest view under the point (in this view's coordinates) that takes touches; nullptr without one.
+    /// Hidden and nearly transparent views take none.
+    virtual UIView* hitTest(const CGPoint& point);
+    virtual bool pointInside(const CGPoint& point) const;
+    /// The window calls these on the view that was touched first; the default hands them to the superview.
+    virtual void touchesBegan(const UITouch& touch);
+    virtual void touchesMoved(const UITouch& touch);
+    virtual void touchesEnded(const UITouch& touch);
+    virtual void touchesCancelled(const UITouch& touch);
+    /// Asked of the touched view and those above it before a recogniser of a view above begins.
+    virtual bool gestureRecognizerShouldBegin(const UIGestureRecognizer&) { return true; }
+
+    /// Whether the keyboard can reach this view.
+    virtual bool canBecomeFocused() const { return false; }
+    bool focused() const { return focused_; }
+    /// Called by the window; a view that has a look of its own for it overrides this.
+    virtual void setFocused(bool focused) { focused_ = focused; }
+    /// What the focused view does with a key; false leaves it to the views above and then to the window.
+    virtual bool pressKey(UIKey) { return false; }
+
+    /// What this view shows as text to people and tests, where it shows one.
+    virtual std::string accessibilityLabel() const { return {}; }
 
     void addGestureRecognizer(std::shared_ptr<UIGestureRecognizer> recognizer);
     const std::vector<std::shared_ptr<UIGestureRecognizer>>& gestureRecognizers() const {
@@ -76,6 +119,10 @@ class UIView : public NSObject {
     std::vector<std::shared_ptr<UIGestureRecognizer>> recognizers_;
     UIViewContentMode contentMode_ = UIViewContentModeScaleToFill;
     int tag_ = 0;
+    bool userInteractionEnabled_ = true;
+    bool focused_ = false;
+    bool needsLayout_ = true;
+    bool subtreeNeedsLayout_ = true;
 };
 
 } // namespace tallyforge

@@ -1,0 +1,1 @@
+#include "quartzcore/CADisplayLink.h"

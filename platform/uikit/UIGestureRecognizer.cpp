@@ -1,0 +1,1 @@
+#include "uikit/UIGestureRecognizer.h"

@@ -1,0 +1,1 @@
+#include "uikit/UIScrollView.h"

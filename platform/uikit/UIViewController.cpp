@@ -1,0 +1,1 @@
+#include "uikit/UIViewController.h"
