@@ -31,6 +31,12 @@ std::string ParseSize(const std::string& text, std::optional<CGSize>& size) {
     return {};
 }
 
+std::optional<uint64_t> WholeNumber(const std::string& text) {
+    uint64_t number = 0;
+    auto [end, failed] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return failed == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
+}
+
 /// Shows positional words as they are named, with dots where there may be more.
 class WordsFormatter final : public CLI::Formatter {
   public:
@@ -80,12 +86,33 @@ class Options {
             ->check([this](const std::string& text) { return ParseSize(text, command_.size); })
             ->type_name("WxH");
     }
+    void pane(CLI::App* app) {
+        app->add_option("--pane", command_.pane,
+                        "A whole screen instead of the preview alone: tallyforge (the first one), badge, "
+                        "badgecolor, closebox, newdot, themes, ...; --size is then the screen's")
+            ->type_name("PANE");
+    }
     void scale(CLI::App* app) {
         number(app, "--scale", command_.scale, 0.25, 8, "Pixels a point (2 unless given)");
     }
     void time(CLI::App* app) {
         number(app, "--time", command_.time, 0, kLongestTime,
                "Seconds after the marks were built (0 unless given)", "SECONDS");
+    }
+    void mark(CLI::App* app) {
+        app->add_option("MARK", "badge, closebox or newdot")
+            ->required()
+            ->check([this](const std::string& word) {
+                if (word == "badge")
+                    command_.mark = MarkKind::badge;
+                else if (word == "closebox")
+                    command_.mark = MarkKind::closeBox;
+                else if (word == "newdot")
+                    command_.mark = MarkKind::newDot;
+                else
+                    return "'" + word + "' is no mark: wanted is badge, closebox or newdot";
+                return std::string();
+            });
     }
     template <class Number> // double, or an optional one
     void number(CLI::App* app, const std::string& name, Number& value, double min, double max,
@@ -146,26 +173,40 @@ void AddSettingsCommands(CLI::App& app, Options& options, Command& words) {
                                  "tallyforge unset badgesize badgeshape");
     unset->add_option("KEY", words.words, "The settings")->required()->expected(1, 4096);
 
+    CLI::App* randomize =
+        AddCommand(app, options, "randomize", "Give every setting of a mark a random value; there is no undo",
+                   "tallyforge randomize badge --seed 7");
+    randomize->alias("randomise");
+    options.mark(randomize);
+    randomize->add_option("--seed", "Makes the draws repeatable: the same number, the same values")
+        ->check([&words](const std::string& text) {
+            words.seed = WholeNumber(text);
+            return words.seed ? std::string() : "'" + text + "' is no whole number from 0";
+        })
+        ->type_name("N");
+
+    CLI::App* reset = AddCommand(
+        app, options, "reset", "Put every setting of a mark back to the system's own look; there is no undo",
+        "tallyforge reset closebox");
+    options.mark(reset);
+
     CLI::App* watch =
         AddCommand(app, options, "watch", "Print the system's notifications as they arrive, one name a line",
                    "tallyforge watch --count 1 --timeout 10");
     watch->add_option("--count", "End after that many")
         ->check([&words](const std::string& text) {
-            uint64_t count = 0;
-            auto [end, failed] = std::from_chars(text.data(), text.data() + text.size(), count);
-            if (failed != std::errc() || end != text.data() + text.size() || count == 0)
-                return "'" + text + "' is no whole number from 1";
-            words.count = count;
-            return std::string();
+            words.count = WholeNumber(text);
+            return words.count.value_or(0) > 0 ? std::string() : "'" + text + "' is no whole number from 1";
         })
         ->type_name("N");
     options.number(watch, "--timeout", words.timeout, 0, 1e9, "End after that many seconds", "SECONDS");
 }
 
 void AddPictureCommands(CLI::App& app, Options& options, Command& words) {
-    CLI::App* render = AddCommand(app, options, "render", "Draw the preview into a PNG file",
+    CLI::App* render = AddCommand(app, options, "render", "Draw the preview, or a screen, into a PNG file",
                                   "tallyforge render badge.png --scale 3 --time 0.5");
     render->add_option("OUT.png", words.output, "The file to write")->required();
+    options.pane(render);
     options.size(render);
     options.scale(render);
     options.time(render);
@@ -180,10 +221,37 @@ void AddPictureCommands(CLI::App& app, Options& options, Command& words) {
     options.scale(animate);
 
     CLI::App* inspect = AddCommand(app, options, "inspect", "Print what 'render' would draw, as JSON",
-                                   "tallyforge inspect --idiom pad");
+                                   "tallyforge inspect --pane badge --idiom pad");
+    options.pane(inspect);
     options.size(inspect);
     options.time(inspect);
     options.json(inspect);
+}
+
+constexpr const char* kDriveHelp =
+    "Steps, one a line; # begins a comment:\n"
+    "  open PANE                        goes to that screen\n"
+    "  back                             taps the way back\n"
+    "  tap \"TEXT\"                       taps the row, button or alert button that shows it\n"
+    "  tap X Y                          taps a point of the screen\n"
+    "  slide \"ROW\" VALUE [hold]         drags the row's slider there; hold does not let go\n"
+    "  drag X1 Y1 X2 Y2 [SECONDS]       draws a finger across the screen\n"
+    "  scroll \"TEXT\"                    until it is on screen\n"
+    "  pick \"TEXT\"                      turns the picker of the alert in front to that row\n"
+    "  type \"TEXT\"                      into the text field in front\n"
+    "  wait SECONDS                     lets the clock run\n"
+    "  render FILE, inspect [FILE]      the screen as a picture, or as JSON\n"
+    "Example:\n"
+    "  printf 'open badge\\nslide \"Size\" 1.2\\n' | tallyforge drive --trace -";
+
+void AddDriveCommand(CLI::App& app, Options& options, Command& words) {
+    CLI::App* drive =
+        AddCommand(app, options, "drive", "Run the screens by a script, without a window", "");
+    drive->add_option("SCRIPT", words.script, "A file of steps; standard input without one");
+    drive->add_option("--trace", words.trace, "Write every effect into this file; - is standard output")
+        ->type_name("FILE");
+    options.scale(drive);
+    drive->footer(kDriveHelp);
 }
 
 std::string FirstLine(const std::string& text) {
@@ -202,7 +270,7 @@ std::string FirstWord(int argc, const char* const* argv) {
 int ReportWrongWords(const CLI::App& app, const CLI::ParseError& error, int argc, const char* const* argv) {
     auto chosen = app.get_subcommands();
     std::string word = FirstWord(argc, argv);
-    if (!word.empty() && (chosen.empty() || chosen.front()->get_name() != word))
+    if (!word.empty() && (chosen.empty() || !chosen.front()->check_name(word)))
         return WrongWords(word, "no such command; see 'tallyforge --help'");
     if (chosen.empty()) return WrongWords("command line", FirstLine(error.what()));
     return WrongWords(chosen.front()->get_name(), FirstLine(error.what()));
@@ -216,7 +284,7 @@ std::optional<int> CheckTogether(const Command& command, int argc, const char* c
             return WrongWords(command.name,
                               "'" + std::string(argv[i]) + "' is neither a setting nor a value");
     }
-    if (CommandDraws(command) && command.name != "inspect" && !command.name.empty() && command.output.empty())
+    if ((command.name == "render" || command.name == "animate") && command.output.empty())
         return WrongWords(command.name, "no file is named");
     if (command.name == "set" && command.words.size() % 2 != 0)
         return WrongWords("set",
@@ -243,6 +311,7 @@ std::variant<Command, int> ParseCommandLine(int argc, const char* const* argv) {
     options.common(&app);
     AddSettingsCommands(app, options, command);
     AddPictureCommands(app, options, command);
+    AddDriveCommand(app, options, command);
 
     try {
         app.parse(argc, argv);
@@ -258,7 +327,7 @@ std::variant<Command, int> ParseCommandLine(int argc, const char* const* argv) {
 
 bool CommandDraws(const Command& command) {
     return command.name.empty() || command.name == "render" || command.name == "animate" ||
-           command.name == "inspect";
+           command.name == "inspect" || command.name == "drive";
 }
 
 } // namespace tallyforge

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "coregraphics/CGGeometry.h"
+#include "settings/SettingsKeys.h"
 
 #include <cstdint>
 #include <optional>
@@ -20,12 +21,18 @@ struct Command {
 
     std::vector<std::string> words; ///< KEY ..., or KEY VALUE ...
     std::string output;             ///< OUT.png, OUT.webp
+    std::string script;             ///< of `drive`; empty means standard input
+    std::optional<std::string> pane;
+    std::optional<std::string> trace; ///< the file that effects are written to; "-" is standard output
 
     std::optional<CGSize> size; ///< points
     double scale = 2;           ///< pixels a point
     double time = 0;            ///< seconds
     double seconds = 4;
     double framesPerSecond = 30;
+
+    std::optional<MarkKind> mark;
+    std::optional<uint64_t> seed;
 
     std::optional<uint64_t> count;
     std::optional<double> timeout; ///< seconds

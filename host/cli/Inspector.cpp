@@ -1,7 +1,12 @@
 #include "cli/Inspector.h"
 
+#include "cli/ValueJson.h"
 #include "uikit/UIImageView.h"
 #include "uikit/UILabel.h"
+#include "uikit/UISegmentedControl.h"
+#include "uikit/UISlider.h"
+#include "uikit/UISwitch.h"
+#include "uikit/UITextField.h"
 
 #include <nlohmann/json.hpp>
 
@@ -49,6 +54,15 @@ void AddText(Json& json, const UILabel& label) {
     json["textColor"] = ColorJson(label.textColor().cgColor());
 }
 
+void AddControl(Json& json, const UIControl& control) {
+    if (const auto* slider = dynamic_cast<const UISlider*>(&control)) json["value"] = ValueJson(PropertyList::floatNumber(slider->value()));
+    if (const auto* turned = dynamic_cast<const UISwitch*>(&control)) json["on"] = turned->isOn();
+    if (const auto* segments = dynamic_cast<const UISegmentedControl*>(&control))
+        json["value"] = segments->selectedSegmentIndex();
+    if (const auto* field = dynamic_cast<const UITextField*>(&control)) json["text"] = field->text();
+    json["enabled"] = control.enabled();
+}
+
 Json ViewJson(const UIView& view, Names names) {
     for (const auto& variable : view.instanceVariables())
         names.emplace(variable.value, variable.name);
@@ -71,6 +85,7 @@ Json ViewJson(const UIView& view, Names names) {
                      {"cornerRadius", layer.cornerRadius()}};
     if (const auto* imageView = dynamic_cast<const UIImageView*>(&view)) AddImage(json, *imageView);
     if (const auto* label = dynamic_cast<const UILabel*>(&view)) AddText(json, *label);
+    if (const auto* control = dynamic_cast<const UIControl*>(&view)) AddControl(json, *control);
     json["animations"] = Json::object();
     for (const auto& keyed : layer.animations())
         json["animations"][keyed.key] = InspectAnimation(*keyed.animation);

@@ -5,6 +5,8 @@
 #include "cli/Inspector.h"
 #include "cli/PreviewStage.h"
 #include "cli/Report.h"
+#include "cli/Screen.h"
+#include "cli/SettingsStage.h"
 #include "coregraphics/Canvas.h"
 #include "device/DeviceLocation.h"
 #include "device/HostFile.h"
@@ -28,6 +30,34 @@ int WritePreview(const Command& command, const std::string& file) {
     return written ? int{kDone} : CouldNot(command.name, written.reason());
 }
 
+int NoSuchPane(const Command& command) {
+    return WrongWords(command.name, "there is no pane '" + *command.pane +
+                                        "'; they are called tallyforge, badge, badgecolor, badgelabel, "
+                                        "badgeborder, badgeglow, badgeanim, closebox..., newdot..., themes, "
+                                        "conditionalthemes");
+}
+
+int WriteScreen(const Command& command, const std::string& file) {
+    SettingsStage stage(command.size, command.scale);
+    WarnOfUnreadableSettings(command);
+    if (!stage.app().openPane(*command.pane)) return NoSuchPane(command);
+    stage.wait(command.time);
+    auto picture = stage.picture();
+    if (!picture) return CouldNot(command.name, picture.reason());
+    auto written = WriteHostFile(file, Graphics::current()->encodePNG(**picture));
+    return written ? int{kDone} : CouldNot(command.name, written.reason());
+}
+
+int InspectScreen(const Command& command) {
+    SettingsStage stage(command.size, command.scale);
+    WarnOfUnreadableSettings(command);
+    if (!stage.app().openPane(*command.pane)) return NoSuchPane(command);
+    stage.wait(command.time);
+    Json json = Screen(stage.app()).inspect(command.pad, command.time);
+    Print(json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+    return FinishOutput(command.name);
+}
+
 int WriteAnimation(const Command& command, const std::string& file) {
     PreviewStage stage(command.size, command.scale);
     WarnOfUnreadableSettings(command);
@@ -40,7 +70,7 @@ int WriteAnimation(const Command& command, const std::string& file) {
 } // namespace
 
 int RunRender(const Command& command) {
-    return WritePreview(command, command.output);
+    return command.pane ? WriteScreen(command, command.output) : WritePreview(command, command.output);
 }
 
 int RunAnimate(const Command& command) {
@@ -48,6 +78,7 @@ int RunAnimate(const Command& command) {
 }
 
 int RunInspect(const Command& command) {
+    if (command.pane) return InspectScreen(command);
     PreviewStage stage(command.size, command.scale);
     WarnOfUnreadableSettings(command);
     stage.runTo(command.time);

@@ -2,6 +2,7 @@
 
 #include "cli/Device.h"
 #include "cli/Report.h"
+#include "cli/ValueJson.h"
 #include "cli/ValueText.h"
 #include "corefoundation/CFPreferences.h"
 #include "corefoundation/NSUserDefaults.h"
@@ -11,7 +12,6 @@
 #include <nlohmann/json.hpp>
 
 #include <array>
-#include <charconv>
 #include <cstdio>
 
 namespace tallyforge {
@@ -45,29 +45,6 @@ Reading Read(const SettingKey& key) {
 
 const char* Source(const Reading& reading) {
     return reading.set ? "set" : "fallback";
-}
-
-Json ToJson(const PropertyList& value) {
-    switch (value.kind()) {
-    case PropertyList::Kind::boolean:
-        return value.boolValue();
-    case PropertyList::Kind::integer:
-        return value.isLargeUnsigned() ? Json(static_cast<uint64_t>(value.integerBits()))
-                                       : Json(value.integerBits());
-    case PropertyList::Kind::floatNumber: {
-        // The digits that people wrote ("1.2"), not those of the nearest double.
-        std::string digits = value.description();
-        double number = 0;
-        auto [end, failed] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-        return failed == std::errc() ? Json(number) : Json(value.doubleValue());
-    }
-    case PropertyList::Kind::doubleNumber:
-        return value.doubleValue();
-    case PropertyList::Kind::string:
-        return *value.asString();
-    default: // no kind of setting
-        return nullptr;
-    }
 }
 
 // For a line of text: a string's control characters are shown, not sent.
@@ -121,7 +98,7 @@ int RunList(const Command& command) {
         Reading reading = Read(key);
         if (command.json)
             list.push_back(
-                {{"key", key.name}, {"value", ToJson(reading.value)}, {"source", Source(reading)}});
+                {{"key", key.name}, {"value", ValueJson(reading.value)}, {"source", Source(reading)}});
         else
             Print(std::string(key.name) + "\t" + ToText(reading.value) + "\t" + Source(reading) + "\n");
     }
@@ -136,7 +113,7 @@ int RunGet(const Command& command) {
     WarnOfUnreadableSettings(command);
     Reading reading = Read(*key);
     if (command.json)
-        Print(Dump({{"key", key->name}, {"value", ToJson(reading.value)}, {"source", Source(reading)}}));
+        Print(Dump({{"key", key->name}, {"value", ValueJson(reading.value)}, {"source", Source(reading)}}));
     else
         Print(ToText(reading.value) + "\n");
     return FinishOutput(command.name);

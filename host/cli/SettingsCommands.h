@@ -11,4 +11,8 @@ int RunSet(const Command& command);
 int RunUnset(const Command& command);
 int RunWatch(const Command& command);
 
+/// Those of a mark's whole look.
+int RunRandomize(const Command& command);
+int RunReset(const Command& command);
+
 } // namespace tallyforge

@@ -2,6 +2,7 @@
 
 #include "cli/Command.h"
 #include "cli/Device.h"
+#include "cli/Drive.h"
 #include "cli/PreviewCommands.h"
 #include "coregraphics/Canvas.h"
 #include "mobileservices/UIAssetManager.h"
@@ -19,5 +20,6 @@ int main(int argc, char** argv) {
     if (command.name == "render") return RunRender(command);
     if (command.name == "animate") return RunAnimate(command);
     if (command.name == "inspect") return RunInspect(command);
+    if (command.name == "drive") return RunDrive(command);
     return RunPictures(command);
 }

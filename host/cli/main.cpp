@@ -28,6 +28,8 @@ int Run(const Command& command) {
     if (command.name == "list") return RunList(command);
     if (command.name == "get") return RunGet(command);
     if (command.name == "set") return RunSet(command);
+    if (command.name == "randomize") return RunRandomize(command);
+    if (command.name == "reset") return RunReset(command);
     return RunUnset(command);
 }
 

@@ -1,13 +1,19 @@
 #include "device/DeviceLocation.h"
 
+#include "device/HostFile.h"
 #include "device/StockDevice.h"
 #include "foundation/DeviceRoot.h"
 
 #include <cstdlib>
+#include <utility>
 
 namespace tallyforge {
 
 namespace {
+
+std::filesystem::path StockFolder() {
+    return ProgramPrefix() / "share" / "tallyforge" / "stock";
+}
 
 // What the environment says, unless it says nothing.
 std::optional<std::string> FromEnvironment(const char* name) {
@@ -39,15 +45,18 @@ std::filesystem::path ProgramPrefix() {
     return std::filesystem::read_symlink("/proc/self/exe", failed).parent_path().parent_path();
 }
 
+std::vector<uint8_t> StockFile(const std::string& devicePath) {
+    auto bytes = ReadHostFile(StockFolder() / std::filesystem::path(devicePath).relative_path());
+    return bytes ? std::move(*bytes) : std::vector<uint8_t>();
+}
+
 Status OpenDevice(const DeviceLocation& location, void (*warn)(const std::string& line)) {
     if (location.own) {
         std::error_code failed;
         std::filesystem::create_directories(location.folder, failed);
         if (failed)
             return Error{location.folder.string() + ": the folder cannot be made: " + failed.message()};
-        if (auto furnished =
-                FurnishStockDevice(location.folder, ProgramPrefix() / "share" / "tallyforge" / "stock");
-            !furnished)
+        if (auto furnished = FurnishStockDevice(location.folder, StockFolder()); !furnished)
             warn(furnished.reason());
     }
     std::error_code failed;

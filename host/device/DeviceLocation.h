@@ -2,9 +2,11 @@
 
 #include "foundation/Result.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tallyforge {
 
@@ -24,6 +26,9 @@ Result<std::filesystem::path> UserDataFolder();
 
 /// The folder that holds the program's "bin", "libexec" and "share".
 std::filesystem::path ProgramPrefix();
+
+/// The stock device's file of that device path, as it came with the program; empty when there is none.
+std::vector<uint8_t> StockFile(const std::string& devicePath);
 
 /// Makes the device ready and says that it is the one: furnishes the program's own, and sets the device root.
 /// What could not be furnished is told through `warn` and is no failure.

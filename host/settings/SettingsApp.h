@@ -1,10 +1,10 @@
 #pragma once
 
-#include "foundation/Clock.h"
+#include "foundation/NSNotificationCenter.h"
+#include "foundation/PropertyList.h"
 #include "uikit/UINavigationController.h"
 #include "uikit/UIWindow.h"
 
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -42,6 +42,11 @@ class SettingsApp {
   private:
     std::shared_ptr<UIWindow> window_;
     std::shared_ptr<UINavigationController> navigation_;
+    Dictionary seen_; // the domain as the screens show it
+    NSNotificationCenter::Observation ownChanges_;
 };
+
+/// Makes the classes of the system known that rows of screens name.
+void RegisterSettingsClasses();
 
 } // namespace tallyforge

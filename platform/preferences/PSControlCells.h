@@ -35,6 +35,7 @@ class PSSliderTableCell : public PSTableCell {
     std::optional<CGFloat> preferredHeight(CGFloat width) override;
     UIView* control() const override { return slider_.get(); }
     const std::shared_ptr<UISlider>& slider() const { return slider_; }
+    std::string detailText() const override { return valueLabel_ ? valueLabel_->text() : std::string(); }
     /// The value as the row shows it: as many digits as its range needs, and its "unit".
     std::string valueText(float value) const;
 

@@ -4,6 +4,7 @@
 #include "preferences/PSViewController.h"
 #include "uikit/UITableView.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -32,6 +33,11 @@ class PSListController : public PSViewController, public UITableViewDataSource, 
     /// Rows that are no dictionaries are left out. The list's "title" becomes the screen's where it has none.
     std::vector<PSSpecifierRef> loadSpecifiersFromPlistNameTarget(std::string_view name, NSObject& target);
 
+    /// Where a device lacks one of the bundle's lists: the bytes of the copy that came with the program, by
+    /// the list's device path; none when there is none either. Nothing removes it.
+    using SpareLists = std::function<std::vector<uint8_t>(const std::string& path)>;
+    static void setSpareLists(SpareLists lists);
+
     /// The row whose "id" this is (or, where a row has no "id", its "key"); nullptr without one.
     PSSpecifierRef specifierForID(std::string_view identifier);
     /// Writes the value into the row's "defaults" domain under its "key", durably; posts the row's
@@ -43,7 +49,7 @@ class PSListController : public PSViewController, public UITableViewDataSource, 
     /// Shows the row's present value again.
     virtual void reloadSpecifier(const PSSpecifierRef& specifier);
     /// Shows the present values of all rows again, without making them anew.
-    void refreshRows();
+    virtual void refreshRows();
 
     /// Hears of every reloaded row, by its identifier; for traces. Empty removes it.
     static void setReloadTrace(std::function<void(const std::string& identifier)> trace);

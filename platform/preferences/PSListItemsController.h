@@ -11,13 +11,15 @@ class PSListItemsController final : public PSListController {
     const char* className() const override { return "PSListItemsController"; }
     const std::vector<PSSpecifierRef>& specifiers() override;
     void setSpecifier(PSSpecifierRef specifier) override;
+    void refreshRows() override;
     std::shared_ptr<UITableViewCell> tableViewCellForRowAtIndexPath(UITableView& table,
                                                                     NSIndexPath path) override;
     bool tableViewShouldHighlightRowAtIndexPath(UITableView&, NSIndexPath) override { return true; }
     void tableViewDidSelectRowAtIndexPath(UITableView& table, NSIndexPath path) override;
 
   private:
-    std::vector<PSSpecifier::Choice> choices_;
+    /// Shows whether the row is the present choice.
+    void mark(UITableViewCell& cell, const PSSpecifier& row) const;
 };
 
 } // namespace tallyforge

@@ -5,7 +5,10 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace tallyforge {
 
@@ -51,6 +54,11 @@ class PSSpecifier final : public NSObject {
     struct Choice {
         PropertyList value;
         std::string title;
+        /// Whether this is the choice of a value; numbers are compared as numbers, whatever their kinds.
+        bool stands(const PropertyList& forValue) const {
+            return value.isNumber() && forValue.isNumber() ? value.doubleValue() == forValue.doubleValue()
+                                                           : value == forValue;
+        }
     };
     std::vector<Choice> choices();
 

@@ -3,6 +3,7 @@
 #include "quartzcore/Presentation.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 
 namespace tallyforge {
@@ -39,15 +40,20 @@ CGRect CALayer::frame() const {
     return {{position_.x + box.origin.x, position_.y + box.origin.y}, box.size};
 }
 
+uint64_t CALayer::nextSerial() {
+    static std::atomic<uint64_t> last = 0;
+    return ++last;
+}
+
 void CALayer::setFrame(const CGRect& frame) {
     const CGRect wanted = CGRectStandardize(frame);
     const CGAffineTransform t = affineTransform();
     const bool transformed = transform_ != CATransform3DIdentity && CGAffineTransformIsFinite(t);
-    bounds_.size = transformed ? untransformedSize(wanted.size, t) : wanted.size;
-    CGRect box = boundsAroundAnchor(bounds_.size, anchorPoint_);
+    const CGSize size = transformed ? untransformedSize(wanted.size, t) : wanted.size;
+    CGRect box = boundsAroundAnchor(size, anchorPoint_);
     if (transformed) box = CGRectApplyAffineTransform(box, t);
-    position_ = {wanted.origin.x - box.origin.x, wanted.origin.y - box.origin.y};
-    changed();
+    setBounds({bounds_.origin, size});
+    setPosition({wanted.origin.x - box.origin.x, wanted.origin.y - box.origin.y});
 }
 
 void CALayer::addSublayer(std::shared_ptr<CALayer> layer) {

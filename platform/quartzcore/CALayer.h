@@ -5,6 +5,7 @@
 #include "quartzcore/CAAnimation.h"
 #include "quartzcore/CATransform3D.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -41,26 +42,14 @@ class CALayer : public std::enable_shared_from_this<CALayer> {
     virtual ~CALayer();
 
     CGRect bounds() const { return bounds_; }
-    void setBounds(const CGRect& bounds) {
-        bounds_ = bounds;
-        changed();
-    }
+    void setBounds(const CGRect& bounds) { place(bounds_, bounds); }
     CGPoint position() const { return position_; }
-    void setPosition(const CGPoint& position) {
-        position_ = position;
-        changed();
-    }
+    void setPosition(const CGPoint& position) { place(position_, position); }
     /// In shares of the bounds; changing it keeps the position, so the layer moves on screen.
     CGPoint anchorPoint() const { return anchorPoint_; }
-    void setAnchorPoint(const CGPoint& anchorPoint) {
-        anchorPoint_ = anchorPoint;
-        changed();
-    }
+    void setAnchorPoint(const CGPoint& anchorPoint) { place(anchorPoint_, anchorPoint); }
     const CATransform3D& transform() const { return transform_; }
-    void setTransform(const CATransform3D& transform) {
-        transform_ = transform;
-        changed();
-    }
+    void setTransform(const CATransform3D& transform) { place(transform_, transform); }
     CGAffineTransform affineTransform() const { return CATransform3DGetAffineTransform(transform_); }
     void setAffineTransform(const CGAffineTransform& t) { setTransform(CATransform3DMakeAffineTransform(t)); }
     /// The bounding box of the transformed bounds in the superlayer.
@@ -70,58 +59,28 @@ class CALayer : public std::enable_shared_from_this<CALayer> {
     void setFrame(const CGRect& frame);
 
     float opacity() const { return opacity_; }
-    void setOpacity(float opacity) {
-        opacity_ = opacity;
-        changed();
-    }
+    void setOpacity(float opacity) { place(opacity_, opacity); }
     bool hidden() const { return hidden_; }
-    void setHidden(bool hidden) {
-        hidden_ = hidden;
-        changed();
-    }
+    void setHidden(bool hidden) { place(hidden_, hidden); }
     const std::optional<CGColor>& backgroundColor() const { return backgroundColor_; }
-    void setBackgroundColor(std::optional<CGColor> color) {
-        backgroundColor_ = color;
-        changed();
-    }
+    void setBackgroundColor(std::optional<CGColor> color) { look(backgroundColor_, color); }
     const CGImageRef& contents() const { return contents_; }
-    void setContents(CGImageRef image) {
-        contents_ = std::move(image);
-        changed();
-    }
+    void setContents(CGImageRef image) { look(contents_, std::move(image)); }
     /// Pixels of the contents per point; matters for gravities that do not scale.
     CGFloat contentsScale() const { return contentsScale_; }
-    void setContentsScale(CGFloat scale) {
-        contentsScale_ = scale;
-        changed();
-    }
+    void setContentsScale(CGFloat scale) { look(contentsScale_, scale); }
     CAGravity contentsGravity() const { return contentsGravity_; }
-    void setContentsGravity(CAGravity gravity) {
-        contentsGravity_ = gravity;
-        changed();
-    }
+    void setContentsGravity(CAGravity gravity) { look(contentsGravity_, gravity); }
     /// Inside the bounds, above contents and sublayers.
     CGFloat borderWidth() const { return borderWidth_; }
-    void setBorderWidth(CGFloat width) {
-        borderWidth_ = width;
-        changed();
-    }
+    void setBorderWidth(CGFloat width) { look(borderWidth_, width); }
     const std::optional<CGColor>& borderColor() const { return borderColor_; }
-    void setBorderColor(std::optional<CGColor> color) {
-        borderColor_ = color;
-        changed();
-    }
+    void setBorderColor(std::optional<CGColor> color) { look(borderColor_, color); }
     /// Rounds background and border; clips contents and sublayers only with masksToBounds.
     CGFloat cornerRadius() const { return cornerRadius_; }
-    void setCornerRadius(CGFloat radius) {
-        cornerRadius_ = radius;
-        changed();
-    }
+    void setCornerRadius(CGFloat radius) { look(cornerRadius_, radius); }
     bool masksToBounds() const { return masksToBounds_; }
-    void setMasksToBounds(bool on) {
-        masksToBounds_ = on;
-        changed();
-    }
+    void setMasksToBounds(bool on) { look(masksToBounds_, on); }
 
     CALayer* superlayer() const { return superlayer_; }
     const std::vector<std::shared_ptr<CALayer>>& sublayers() const { return sublayers_; }
@@ -143,13 +102,42 @@ class CALayer : public std::enable_shared_from_this<CALayer> {
     /// In the order in which they were added.
     const std::vector<KeyedAnimation>& animations() const { return animations_; }
 
-    /// Goes up with every change of this layer or of anything below it.
+    /// Goes up with every change of this layer or of anything below it; setting a value that is there already
+    /// is no change.
     uint64_t revision() const { return revision_; }
+    /// Goes up with every change of what the layer itself shows; not with its place, size, opacity and
+    /// animations.
+    uint64_t ownRevision() const { return ownRevision_; }
+    /// No other layer has or ever had the same.
+    uint64_t serial() const { return serial_; }
+
+    /// How far the layer and everything in it reach, kept by whoever works it out for as long as the revision
+    /// stays the same.
+    struct KeptReach {
+        uint64_t revision = UINT64_MAX;
+        CGRect reach;
+    };
+    KeptReach& keptReach() const { return keptReach_; }
 
   protected:
     void changed();
+    template <typename Value>
+    void place(Value& member, Value value) {
+        if (member == value) return;
+        member = std::move(value);
+        changed();
+    }
+    template <typename Value>
+    void look(Value& member, Value value) {
+        if (member == value) return;
+        member = std::move(value);
+        ++ownRevision_;
+        changed();
+    }
 
   private:
+    static uint64_t nextSerial();
+
     CGRect bounds_;
     CGPoint position_;
     CGPoint anchorPoint_{0.5, 0.5};
@@ -168,6 +156,9 @@ class CALayer : public std::enable_shared_from_this<CALayer> {
     std::vector<std::shared_ptr<CALayer>> sublayers_;
     std::vector<KeyedAnimation> animations_;
     uint64_t revision_ = 0;
+    uint64_t ownRevision_ = 0;
+    uint64_t serial_ = nextSerial();
+    mutable KeptReach keptReach_;
 };
 
 enum class CATextAlignment { left, center, right };
@@ -177,30 +168,15 @@ enum class CATextAlignment { left, center, right };
 class CATextLayer final : public CALayer {
   public:
     const std::string& string() const { return string_; }
-    void setString(std::string text) {
-        string_ = std::move(text);
-        changed();
-    }
+    void setString(std::string text) { look(string_, std::move(text)); }
     const FontFace& font() const { return font_; }
-    void setFont(const FontFace& font) {
-        font_ = font;
-        changed();
-    }
+    void setFont(const FontFace& font) { look(font_, font); }
     const CGColor& foregroundColor() const { return foregroundColor_; }
-    void setForegroundColor(const CGColor& color) {
-        foregroundColor_ = color;
-        changed();
-    }
+    void setForegroundColor(const CGColor& color) { look(foregroundColor_, color); }
     CATextAlignment alignmentMode() const { return alignment_; }
-    void setAlignmentMode(CATextAlignment alignment) {
-        alignment_ = alignment;
-        changed();
-    }
+    void setAlignmentMode(CATextAlignment alignment) { look(alignment_, alignment); }
     bool wrapped() const { return wrapped_; }
-    void setWrapped(bool on) {
-        wrapped_ = on;
-        changed();
-    }
+    void setWrapped(bool on) { look(wrapped_, on); }
 
   private:
     std::string string_;
@@ -214,25 +190,13 @@ class CATextLayer final : public CALayer {
 class CAShapeLayer final : public CALayer {
   public:
     const CGPathRef& path() const { return path_; }
-    void setPath(CGPathRef path) {
-        path_ = std::move(path);
-        changed();
-    }
+    void setPath(CGPathRef path) { look(path_, std::move(path)); }
     const std::optional<CGColor>& fillColor() const { return fillColor_; }
-    void setFillColor(std::optional<CGColor> color) {
-        fillColor_ = color;
-        changed();
-    }
+    void setFillColor(std::optional<CGColor> color) { look(fillColor_, color); }
     const std::optional<CGColor>& strokeColor() const { return strokeColor_; }
-    void setStrokeColor(std::optional<CGColor> color) {
-        strokeColor_ = color;
-        changed();
-    }
+    void setStrokeColor(std::optional<CGColor> color) { look(strokeColor_, color); }
     CGFloat lineWidth() const { return lineWidth_; }
-    void setLineWidth(CGFloat width) {
-        lineWidth_ = width;
-        changed();
-    }
+    void setLineWidth(CGFloat width) { look(lineWidth_, width); }
 
   private:
     CGPathRef path_;

@@ -80,11 +80,15 @@ CGFloat CACurrentMediaTime() {
     return CGFloat(MainQueue::main().clock().nanoseconds()) / CGFloat(NSEC_PER_SEC);
 }
 
+bool CAHasUnfinishedAnimation(const CALayer& layer, CGFloat seconds) {
+    return std::any_of(layer.animations().begin(), layer.animations().end(), [seconds](const auto& present) {
+        return !hasEnded(*present.animation, seconds) && changesAnything(*present.animation);
+    });
+}
+
 bool CAIsAnimating(const CALayer& root, CGFloat seconds) {
     if (root.hidden()) return false;
-    for (const auto& [key, animation] : root.animations()) {
-        if (!hasEnded(*animation, seconds) && changesAnything(*animation)) return true;
-    }
+    if (CAHasUnfinishedAnimation(root, seconds)) return true;
     return std::any_of(root.sublayers().begin(), root.sublayers().end(),
                        [seconds](const auto& sublayer) { return CAIsAnimating(*sublayer, seconds); });
 }

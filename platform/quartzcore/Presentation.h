@@ -29,6 +29,9 @@ CGFloat CACurrentMediaTime();
 /// Hidden layers, and animations of key paths that no layer has, do not count.
 bool CAIsAnimating(const CALayer& root, CGFloat seconds);
 
+/// Whether an animation of this very layer has not ended at this time.
+bool CAHasUnfinishedAnimation(const CALayer& layer, CGFloat seconds);
+
 /// Takes away animations that have ended and are removed on completion, in the whole tree.
 void CARemoveFinishedAnimations(CALayer& root, CGFloat seconds);
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "uikit/UIView.h"
+#include "uikit/AlertPanel.h"
 
 #include <functional>
 #include <memory>
@@ -10,7 +10,6 @@
 namespace tallyforge {
 
 class UIAlertView;
-class UIControl;
 class UITextField;
 
 class UIAlertViewDelegate {
@@ -21,44 +20,8 @@ class UIAlertViewDelegate {
 
 enum class UIAlertViewStyle { plain = 0, plainTextInput = 2 };
 
-/// What stands in an alert's panel and behaves the same for both kinds: title, message, a field, a view of the
-/// caller's, buttons. It dims the screen below and takes all touches and keys until a button is pressed.
-class AlertPanel final : public UIView {
-  public:
-    struct Button {
-        std::string title;
-        bool bold = false;
-        bool destructive = false;
-        bool cancels = false; ///< the one that Escape presses
-    };
-    struct Contents {
-        std::string title, message;
-        std::vector<Button> buttons;
-        bool textField = false;
-        std::shared_ptr<UIView> accessory; ///< keeps its own size; centred below the message
-    };
-    AlertPanel(Contents contents, std::function<void(int)> pressed);
-
-    const char* className() const override { return "AlertPanel"; }
-    const Contents& contents() const { return contents_; }
-    const std::shared_ptr<UITextField>& textField() const { return textField_; }
-    UIControl* button(size_t index) const;
-    /// Shows it over the key window; false when there is none.
-    bool present();
-    /// As a tap on the button does it: the panel goes, then the caller is told.
-    void press(int index);
-    bool pressKey(UIKey key) override; ///< return presses the bold (else last) button, escape the cancelling one
-    void layoutSubviews() override;
-
-  private:
-    Contents contents_;
-    std::function<void(int)> pressed_;
-    std::shared_ptr<UIView> panel_;
-    std::shared_ptr<UITextField> textField_;
-    std::vector<std::shared_ptr<UIControl>> buttons_;
-};
-
-/// A modal question in fixed words. Button 0 is the cancel button.
+/// A modal question in fixed words. Button 0 is the cancel button, if there is one; of several buttons the
+/// last is the one that return presses. Made with std::make_shared.
 class UIAlertView final : public NSObject, public std::enable_shared_from_this<UIAlertView> {
   public:
     UIAlertView(std::string title, std::string message, UIAlertViewDelegate* delegate,
@@ -77,19 +40,27 @@ class UIAlertView final : public NSObject, public std::enable_shared_from_this<U
     /// The text field of an alert with text input; nullptr otherwise or before it is shown.
     std::shared_ptr<UITextField> textFieldAtIndex(int index) const;
 
-    /// Stays alive while it is shown.
+    /// Stays alive while it is shown. Without a key window it counts as shown all the same, so that a program
+    /// without a screen can answer it. Does nothing while it is shown.
     void show();
+    /// As a tap on that button of the alert does it; nothing when it is not shown or has no such button.
+    void clickButton(int index);
+    /// An owner that goes away calls this: its alerts stay on screen and tell nobody.
+    static void forgetDelegate(const UIAlertViewDelegate& delegate);
     /// The alerts on screen, the last one in front.
     static const std::vector<std::shared_ptr<UIAlertView>>& visibleAlerts();
     /// Hears of every alert of both kinds when it is shown; for traces. Empty removes it.
-    static void setTrace(
-        std::function<void(int tag, const std::string& title, const std::string& message)> trace);
+    static void
+    setTrace(std::function<void(int tag, const std::string& title, const std::string& message)> trace);
 
   private:
     friend class UIAlertController;
+    static void trace(int tag, const std::string& title, const std::string& message);
+    void clicked(int index);
     std::string title_, message_;
     UIAlertViewDelegate* delegate_;
     std::vector<std::string> buttonTitles_;
+    bool hasCancelButton_;
     int tag_ = 0;
     UIAlertViewStyle style_ = UIAlertViewStyle::plain;
     std::shared_ptr<UIView> accessory_;
@@ -120,8 +91,5 @@ class UIAlertController final : public NSObject {
     std::string title_, message_;
     std::vector<UIAlertAction> actions_;
 };
-
-/// The alert in front, of either kind, or nullptr.
-std::shared_ptr<AlertPanel> FrontAlertPanel();
 
 } // namespace tallyforge

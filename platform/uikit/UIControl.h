@@ -15,6 +15,7 @@ enum UIControlEvents : uint32_t {
     UIControlEventTouchUpOutside = 1U << 7U,
     UIControlEventTouchCancel = 1U << 8U,
     UIControlEventValueChanged = 1U << 12U,
+    UIControlEventEditingChanged = 1U << 17U,
 };
 
 /// A view that a person operates: it tracks the finger and tells its targets what happened.
@@ -30,12 +31,16 @@ class UIControl : public UIView {
     virtual void setHighlighted(bool highlighted) { highlighted_ = highlighted; }
     bool tracking() const { return tracking_; }
 
-    /// The action is called for each of the events in the mask.
+    /// The action is called for each of the events in the mask. It may end the control, or take its targets
+    /// away: those are then called no more.
     void addTargetForControlEvents(Action action, uint32_t events);
     void removeAllTargets() { targets_.clear(); }
     void sendActionsForControlEvents(uint32_t events);
 
     bool canBecomeFocused() const override { return enabled_; }
+    void setFocused(bool focused) override; ///< a text field that was being edited ends
+    /// Touch down, then what the movement brings, then touch up or cancel. A disabled control takes the touch
+    /// and does nothing with it.
     void touchesBegan(const UITouch& touch) override;
     void touchesMoved(const UITouch& touch) override;
     void touchesEnded(const UITouch& touch) override;
@@ -55,7 +60,7 @@ class UIControl : public UIView {
         Action action;
         uint32_t events;
     };
-    std::vector<Target> targets_;
+    std::vector<std::shared_ptr<const Target>> targets_;
     bool enabled_ = true;
     bool highlighted_ = false;
     bool tracking_ = false;

@@ -13,6 +13,7 @@ UIScreen& UIScreen::mainScreen() {
 }
 
 CGSize UIScreen::size() const {
+    if (size_) return *size_;
     return UIDevice::currentDevice().isPad() ? CGSize{768, 1024} : CGSize{375, 667};
 }
 

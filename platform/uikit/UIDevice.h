@@ -34,11 +34,13 @@ class UIScreen {
     /// Pixels a point.
     CGFloat scale() const { return scale_; }
     void setScale(CGFloat scale) { scale_ = scale; }
-    /// Points: 375 x 667 on a phone, 768 x 1024 on a tablet.
+    /// Points: 375 x 667 on a phone, 768 x 1024 on a tablet, unless another size was set.
     CGSize size() const;
+    void setSize(std::optional<CGSize> size) { size_ = size; }
 
   private:
     CGFloat scale_ = 2;
+    std::optional<CGSize> size_;
 };
 
 } // namespace tallyforge

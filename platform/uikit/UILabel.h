@@ -10,8 +10,9 @@ namespace tallyforge {
 /// The platform's numbers.
 enum class NSTextAlignment { left = 0, center = 1, right = 2 };
 inline constexpr auto NSTextAlignmentCenter = NSTextAlignment::center;
+inline constexpr auto NSTextAlignmentRight = NSTextAlignment::right;
 
-/// Shows one line of text: black, 17 points, from the left, until told otherwise.
+/// Shows text: black, 17 points, one line, from the left, until told otherwise.
 class UILabel final : public UIView {
   public:
     explicit UILabel(const CGRect& frame);
@@ -23,6 +24,10 @@ class UILabel final : public UIView {
     void setFont(const UIFont& font);
     UIColor textColor() const;
     void setTextColor(const UIColor& color) { textLayer().setForegroundColor(color.cgColor()); }
+    /// 1: one line; 0: as many as there is room for.
+    int numberOfLines() const { return textLayer().wrapped() ? 0 : 1; }
+    void setNumberOfLines(int lines) { textLayer().setWrapped(lines != 1); }
+    std::string accessibilityLabel() const override { return text(); }
     NSTextAlignment textAlignment() const { return alignment_; }
     void setTextAlignment(NSTextAlignment alignment);
 

@@ -1,1 +1,348 @@
 #include "uikit/UINavigationController.h"
+
+#include "foundation/Dispatch.h"
+#include "uikit/UIControl.h"
+#include "uikit/UIDevice.h"
+#include "uikit/UILabel.h"
+#include "uikit/UIViewAnimation.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace tallyforge {
+
+namespace {
+
+constexpr double kSlide = 0.35;         // seconds
+constexpr CGFloat kParallax = 1.0 / 3;  // of the width, by which the screen below moves
+constexpr CGFloat kEdge = 24;           // points from the left within which a swipe back begins
+constexpr CGFloat kFlick = 300;         // points a second that finish a swipe
+constexpr CGFloat kBackX = 8;
+constexpr CGFloat kPressedAlpha = 0.3;
+
+const CGColor kBarColor{248.0 / 255, 248.0 / 255, 248.0 / 255, 1};
+const CGColor kHairline{178.0 / 255, 178.0 / 255, 178.0 / 255, 1};
+const CGColor kTint{0, 122.0 / 255, 1, 1};
+
+UIColor color(const CGColor& c) {
+    return UIColor::colorWithRed(c.red, c.green, c.blue, c.alpha);
+}
+
+class ShapeView final : public UIView {
+  public:
+    ShapeView(const CGRect& frame, CGPath path, std::optional<CGColor> fill, std::optional<CGColor> stroke,
+              CGFloat width)
+        : UIView(frame, std::make_shared<CAShapeLayer>()) {
+        auto& shape = static_cast<CAShapeLayer&>(*layer());
+        shape.setPath(std::make_shared<CGPath>(std::move(path)));
+        shape.setFillColor(fill);
+        shape.setStrokeColor(stroke);
+        shape.setLineWidth(width);
+        setUserInteractionEnabled(false);
+    }
+};
+
+/// The chevron and the former screen's title; paler while it is pressed.
+class BackButton final : public UIControl {
+  public:
+    using UIControl::UIControl;
+    const char* className() const override { return "UINavigationBackButton"; }
+    void setHighlighted(bool highlighted) override {
+        UIControl::setHighlighted(highlighted);
+        setAlpha(highlighted ? kPressedAlpha : 1);
+    }
+    bool pressKey(UIKey key) override {
+        if (key != UIKey::enter && key != UIKey::space) return false;
+        sendActionsForControlEvents(UIControlEventTouchUpInside);
+        return true;
+    }
+    std::string accessibilityLabel() const override {
+        for (const auto& view : subviews()) {
+            if (std::string text = view->accessibilityLabel(); !text.empty()) return text;
+        }
+        return {};
+    }
+};
+
+std::shared_ptr<UIView> makeChevron() {
+    CGPath path;
+    path.moveToPoint(11.5, 1.2);
+    path.addLineToPoint(2, 10.5);
+    path.addLineToPoint(11.5, 19.8);
+    return std::make_shared<ShapeView>(CGRectMake(kBackX, 11.5, 13, 21), std::move(path), std::nullopt, kTint,
+                                       2.6);
+}
+
+std::shared_ptr<UIView> makeBattery(CGFloat right) {
+    CGPath path;
+    path.addRoundedRect(CGRectMake(0, 0, 18, 8), 1.6, 1.6);
+    path.addRoundedRect(CGRectMake(19, 2.5, 1.6, 3), 0.8, 0.8);
+    return std::make_shared<ShapeView>(CGRectMake(right - 26, 6, 21, 8), std::move(path), CGColor{0, 0, 0, 1},
+                                       std::nullopt, 0);
+}
+
+} // namespace
+
+struct UINavigationController::Transition {
+    std::shared_ptr<UIViewController> from, to;
+    bool push = false;
+    bool followsFinger = false;
+};
+
+UINavigationController::UINavigationController(std::shared_ptr<UIViewController> root) {
+    root->navigation_ = this;
+    stack_.push_back(std::move(root));
+}
+
+UINavigationController::~UINavigationController() {
+    for (const auto& controller : stack_)
+        controller->navigation_ = nullptr;
+}
+
+CGRect UINavigationController::contentFrame() const {
+    CGSize size = UIScreen::mainScreen().size();
+    CGFloat top = kStatusBarHeight + kBarHeight;
+    return CGRectMake(0, top, size.width, size.height - top);
+}
+
+void UINavigationController::loadView() {
+    UIViewController::loadView();
+    auto root = UIViewController::view();
+    screens_ = std::make_shared<UIView>(root->bounds());
+    screens_->setBackgroundColor(UIColor::colorWithRed(239.0 / 255, 239.0 / 255, 244.0 / 255, 1));
+    root->addSubview(screens_);
+    makeBar();
+    root->addSubview(bar_);
+
+    swipe_ = std::make_shared<UIPanGestureRecognizer>([this] { swipe(); },
+                                                      UIPanGestureRecognizer::Direction::horizontal);
+    swipe_->shouldBegin = [this](const UIGestureRecognizer&) {
+        return !transition_ && stack_.size() > 1 && swipe_->startInWindow().x < kEdge &&
+               swipe_->translation().x > 0;
+    };
+    root->addGestureRecognizer(swipe_);
+
+    topViewController()->view()->setFrame(contentFrame());
+    screens_->addSubview(topViewController()->view());
+    updateBar();
+}
+
+void UINavigationController::makeBar() {
+    const CGFloat width = UIScreen::mainScreen().size().width;
+    const CGFloat height = kStatusBarHeight + kBarHeight;
+    const CGFloat pixel = 1 / std::max(0.25, UIScreen::mainScreen().scale());
+    bar_ = std::make_shared<UIView>(CGRectMake(0, 0, width, height));
+    bar_->setBackgroundColor(color(kBarColor));
+    auto line = std::make_shared<UIView>(CGRectMake(0, height - pixel, width, pixel));
+    line->setBackgroundColor(color(kHairline));
+    bar_->addSubview(line);
+
+    auto time = std::make_shared<UILabel>(CGRectMake(0, 0, width, kStatusBarHeight));
+    time->setFont(UIFont::semiboldSystemFontOfSize(12));
+    time->setTextAlignment(NSTextAlignmentCenter);
+    time->setText("9:41");
+    bar_->addSubview(time);
+    bar_->addSubview(makeBattery(width));
+
+    titleLabel_ = std::make_shared<UILabel>(CGRectZero);
+    titleLabel_->setFont(UIFont::semiboldSystemFontOfSize(17));
+    titleLabel_->setTextAlignment(NSTextAlignmentCenter);
+    bar_->addSubview(titleLabel_);
+
+    backButton_ = std::make_shared<BackButton>(CGRectZero);
+    backButton_->addSubview(makeChevron());
+    backLabel_ = std::make_shared<UILabel>(CGRectZero);
+    backLabel_->setTextColor(color(kTint));
+    backButton_->addSubview(backLabel_);
+    backButton_->addTargetForControlEvents([this](UIControl&) { popViewController(true); },
+                                           UIControlEventTouchUpInside);
+    bar_->addSubview(backButton_);
+}
+
+// The title in the middle where there is room for it, the way back at the left, shortened before the title is.
+void UINavigationController::updateBar() {
+    if (!bar_) return;
+    const CGFloat width = bar_->bounds().size.width;
+    const CGSize most{10000, kBarHeight};
+    const std::string& title = topViewController()->title();
+    CGFloat titleWidth = std::min(std::ceil(NSStringBoundingSize(title, most, titleLabel_->font()).width) + 1,
+                                  width - 16);
+    CGFloat titleX = (width - titleWidth) / 2;
+
+    backButton_->setHidden(stack_.size() < 2);
+    if (stack_.size() > 1) {
+        constexpr CGFloat kTextX = kBackX + 19;
+        auto fits = [&](const std::string& text) {
+            return std::ceil(NSStringBoundingSize(text, most, backLabel_->font()).width) + 1;
+        };
+        std::string former = stack_[stack_.size() - 2]->title();
+        if (former.empty()) former = "Back";
+        CGFloat backWidth = fits(former);
+        if (kTextX + backWidth + 6 > titleX && kTextX + backWidth + 6 + titleWidth > width - 8) {
+            former = "Back"; // a shorter word rather than a cut one
+            backWidth = fits(former);
+        }
+        backWidth = std::min(backWidth, width - 16 - kTextX);
+        backLabel_->setText(former);
+        backLabel_->setFrame(CGRectMake(kTextX, 0, backWidth, kBarHeight));
+        backButton_->setFrame(CGRectMake(0, kStatusBarHeight, kTextX + backWidth + 4, kBarHeight));
+        CGFloat left = kTextX + backWidth + 6;
+        if (titleX < left) titleX = left;
+        titleWidth = std::min(titleWidth, width - 8 - titleX);
+    }
+    titleLabel_->setText(title);
+    titleLabel_->setFrame(CGRectMake(titleX, kStatusBarHeight, std::max<CGFloat>(0, titleWidth), kBarHeight));
+}
+
+void UINavigationController::viewDidAppear(bool animated) {
+    appeared_ = true;
+    topViewController()->viewWillAppear(animated);
+    topViewController()->viewDidAppear(animated);
+}
+
+void UINavigationController::pushViewController(std::shared_ptr<UIViewController> controller, bool animated) {
+    finishTransition();
+    auto from = topViewController();
+    controller->navigation_ = this;
+    stack_.push_back(controller);
+    if (!isViewLoaded()) return;
+    begin(std::move(from), std::move(controller), true);
+    slide(true, animated);
+}
+
+void UINavigationController::setViewControllers(std::vector<std::shared_ptr<UIViewController>> stack) {
+    finishTransition();
+    if (stack.empty()) return;
+    auto from = topViewController();
+    auto former = std::exchange(stack_, std::move(stack));
+    for (const auto& controller : stack_)
+        controller->navigation_ = this;
+    if (isViewLoaded() && from != topViewController()) {
+        begin(from, topViewController(), true);
+        complete(true);
+    }
+    for (const auto& controller : former) {
+        if (std::find(stack_.begin(), stack_.end(), controller) == stack_.end())
+            controller->navigation_ = nullptr;
+    }
+    updateBar();
+}
+
+bool UINavigationController::popViewController(bool animated) {
+    finishTransition();
+    if (stack_.size() < 2) return false;
+    auto from = stack_.back();
+    stack_.pop_back();
+    if (!isViewLoaded()) {
+        from->navigation_ = nullptr;
+        return true;
+    }
+    begin(std::move(from), stack_.back(), false);
+    slide(true, animated);
+    return true;
+}
+
+void UINavigationController::begin(std::shared_ptr<UIViewController> from, std::shared_ptr<UIViewController> to,
+                                   bool push) {
+    transition_ = std::make_unique<Transition>(Transition{from, to, push, false});
+    ++transitions_;
+    to->view()->setFrame(contentFrame());
+    from->viewWillDisappear(true);
+    to->viewWillAppear(true);
+    screens_->insertSubviewAtIndex(to->view(), push ? screens_->subviews().size() : 0);
+    screens_->setUserInteractionEnabled(false);
+    updateBar();
+    place(0);
+}
+
+// Where both screens are after this share of the way.
+void UINavigationController::place(CGFloat share) {
+    const CGRect rest = contentFrame();
+    const CGFloat width = rest.size.width;
+    const Transition& t = *transition_;
+    UIView& upper = t.push ? *t.to->view() : *t.from->view();
+    UIView& lower = t.push ? *t.from->view() : *t.to->view();
+    const CGFloat in = t.push ? share : 1 - share; // how far the upper one covers the lower one
+    const CGPoint middle{CGRectGetMidX(rest), CGRectGetMidY(rest)};
+    upper.setCenter({middle.x + width * (1 - in), middle.y});
+    lower.setCenter({middle.x - width * kParallax * in, middle.y});
+}
+
+void UINavigationController::slide(bool arrive, bool animated) {
+    if (!animated || !UIViewAnimationsEnabled()) return complete(arrive);
+    UIView& from = *transition_->from->view();
+    UIView& to = *transition_->to->view();
+    const CGPoint fromStart = from.center(), toStart = to.center();
+    place(arrive ? 1 : 0);
+    const CGPoint fromEnd = from.center(), toEnd = to.center();
+    from.setCenter(fromStart);
+    to.setCenter(toStart);
+    UIViewAnimateCenter(from, fromEnd, kSlide);
+    UIViewAnimateCenter(to, toEnd, kSlide);
+    if (arrive && !transition_->followsFinger) {
+        titleLabel_->setAlpha(0);
+        UIViewAnimateAlpha(*titleLabel_, 1, kSlide);
+    }
+    std::weak_ptr<UIViewController> self = weak_from_this();
+    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, std::llround(kSlide * NSEC_PER_SEC)),
+                   dispatch_get_main_queue(), [this, self, which = transitions_, arrive] {
+                       if (self.lock() && transition_ && transitions_ == which) complete(arrive);
+                   });
+}
+
+void UINavigationController::finishTransition() {
+    if (transition_) complete(true);
+}
+
+void UINavigationController::complete(bool arrived) {
+    auto t = std::move(transition_);
+    const auto& shown = arrived ? t->to : t->from;
+    const auto& gone = arrived ? t->from : t->to;
+    for (const auto& controller : {t->from, t->to})
+        controller->view()->layer()->removeAnimationForKey("center");
+    gone->view()->removeFromSuperview();
+    shown->view()->setFrame(contentFrame());
+    screens_->setUserInteractionEnabled(true);
+    if (arrived) {
+        gone->viewDidDisappear(true);
+        if (!t->push) gone->navigation_ = nullptr;
+    } else {
+        // The swipe was taken back: the screen that was leaving stays.
+        stack_.push_back(t->from);
+        t->from->navigation_ = this;
+        gone->viewWillDisappear(true);
+        shown->viewWillAppear(true);
+        gone->viewDidDisappear(true);
+    }
+    updateBar();
+    shown->viewDidAppear(true);
+}
+
+void UINavigationController::swipe() {
+    const CGFloat width = contentFrame().size.width;
+    switch (swipe_->state()) {
+    case UIGestureRecognizerState::began: {
+        auto from = stack_.back();
+        stack_.pop_back();
+        begin(std::move(from), stack_.back(), false);
+        transition_->followsFinger = true;
+        [[fallthrough]];
+    }
+    case UIGestureRecognizerState::changed:
+        if (transition_) place(std::clamp(swipe_->translation().x / width, 0.0, 1.0));
+        break;
+    case UIGestureRecognizerState::ended:
+    case UIGestureRecognizerState::cancelled: {
+        if (!transition_) break;
+        bool enough = swipe_->translation().x > width / 2 || swipe_->velocity().x > kFlick;
+        slide(swipe_->state() == UIGestureRecognizerState::ended && enough && swipe_->velocity().x > -kFlick,
+              true);
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+} // namespace tallyforge

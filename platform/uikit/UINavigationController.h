@@ -22,6 +22,8 @@ class UINavigationController final : public UIViewController {
     const std::shared_ptr<UIViewController>& topViewController() const { return stack_.back(); }
 
     void pushViewController(std::shared_ptr<UIViewController> controller, bool animated);
+    /// Replaces the stack at once; only its last screen appears.
+    void setViewControllers(std::vector<std::shared_ptr<UIViewController>> stack);
     /// False at the root.
     bool popViewController(bool animated);
     /// Whether a screen is sliding in or out; touches wait until it is there.
@@ -42,12 +44,12 @@ class UINavigationController final : public UIViewController {
 
   private:
     struct Transition;
-    class Container;
-    void begin(std::shared_ptr<UIViewController> from, std::shared_ptr<UIViewController> to, bool push,
-               bool animated);
+    void begin(std::shared_ptr<UIViewController> from, std::shared_ptr<UIViewController> to, bool push);
     void place(CGFloat share);
+    void slide(bool arrive, bool animated);
     void complete(bool arrived);
     void swipe();
+    void makeBar();
 
     std::vector<std::shared_ptr<UIViewController>> stack_;
     std::unique_ptr<Transition> transition_;
@@ -55,6 +57,7 @@ class UINavigationController final : public UIViewController {
     std::shared_ptr<UIView> screens_;
     std::shared_ptr<UIView> bar_;
     std::shared_ptr<UILabel> titleLabel_;
+    std::shared_ptr<UILabel> backLabel_;
     std::shared_ptr<UIControl> backButton_;
     std::shared_ptr<UIPanGestureRecognizer> swipe_;
     bool appeared_ = false;

@@ -37,11 +37,15 @@ class UIScrollView : public UIView {
     bool decelerating() const { return motion_ != Motion::none; }
     void stopScrolling();
 
+    void fingerCameDown() override;
+
     /// Rubber band: how far the content follows a finger that is x points past the end of a view d high.
     static CGFloat RubberBandDistance(CGFloat x, CGFloat d);
 
   protected:
     virtual void didScroll() {}
+    /// Whether the finger that is on it stopped it from moving.
+    bool caughtByFinger() const { return caught_; }
 
   private:
     enum class Motion { none, momentum, spring, animated };
@@ -55,6 +59,7 @@ class UIScrollView : public UIView {
     CGFloat topInset_ = 0;
     bool scrollEnabled_ = true;
     bool dragging_ = false;
+    bool caught_ = false;
     CGFloat dragStart_ = 0; // the offset, as if there were no rubber band
     std::shared_ptr<UIPanGestureRecognizer> pan_;
     Motion motion_ = Motion::none;

@@ -9,7 +9,8 @@ namespace tallyforge {
 
 class UILabel;
 
-/// A row of titles of which one is chosen.
+/// A row of titles of which one is chosen; 29 points high unless told otherwise. The segments are equally
+/// wide; titles that are too long for theirs become smaller, together, and are cut where that is not enough.
 class UISegmentedControl final : public UIControl {
   public:
     explicit UISegmentedControl(std::vector<std::string> titles);
@@ -36,11 +37,14 @@ class UISegmentedControl final : public UIControl {
 
   private:
     int segmentAt(const UITouch& touch) const;
+    void choose(int index);
     void show();
     std::vector<std::string> titles_;
     int selected_ = -1;
     int pressed_ = -1;
+    std::shared_ptr<UIView> outline_; // above the segments
     std::vector<std::shared_ptr<UIView>> segments_;
+    std::vector<std::shared_ptr<UIView>> dividers_; // left of each segment but the first
     std::vector<std::shared_ptr<UILabel>> labels_;
 };
 

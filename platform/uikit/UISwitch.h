@@ -8,7 +8,8 @@ namespace tallyforge {
 
 class UIImageView;
 
-/// On or off; 51 x 31 points whatever frame it is given.
+/// On or off; 51 x 31 points whatever frame it is given. A tap turns it, and so does dragging the thumb over
+/// the middle; that is told once, when the finger lifts.
 class UISwitch final : public UIControl {
   public:
     UISwitch() : UISwitch(CGRectZero) {}
@@ -28,6 +29,7 @@ class UISwitch final : public UIControl {
     void setFrame(const CGRect& frame) override; ///< the size stays
     void setEnabled(bool enabled) override;
     void layoutSubviews() override;
+    /// None, once the thumb is being dragged.
     bool gestureRecognizerShouldBegin(const UIGestureRecognizer& recognizer) override;
     bool pressKey(UIKey key) override; ///< space and return turn it; left off, right on
 
@@ -38,9 +40,13 @@ class UISwitch final : public UIControl {
     void cancelTracking() override;
 
   private:
-    void show(bool animated);
+    void turn(bool on);
+    void show(bool on, bool animated);
+    void applyColors();
     bool on_ = false;
+    bool shown_ = false; // while the finger drags: what it would become
     bool dragged_ = false;
+    CGFloat start_ = 0; // where the finger came down
     std::optional<UIColor> onTint_;
     std::optional<UIColor> tint_;
     std::shared_ptr<UIView> rim_;

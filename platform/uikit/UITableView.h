@@ -62,6 +62,8 @@ class UITableView final : public UIScrollView {
     void reloadRow(NSIndexPath path);
     int numberOfSections() const { return static_cast<int>(sections_.size()); }
     int numberOfRowsInSection(int section) const;
+    /// As the data source gave it; empty for none.
+    const std::string& titleForHeaderInSection(int section) const;
 
     CGRect rectForRowAtIndexPath(NSIndexPath path) const; ///< in the content; empty for no such row
     std::optional<NSIndexPath> indexPathForRowAtPoint(const CGPoint& point) const;
@@ -91,7 +93,7 @@ class UITableView final : public UIScrollView {
 
   private:
     struct Section {
-        std::string header, footer;
+        std::string title, header, footer; // the header is the title in capitals
         CGFloat top = 0; // of the header
         CGFloat headerHeight = 0, footerHeight = 0;
         std::vector<CGFloat> rowTops; // one more than there are rows
@@ -100,7 +102,7 @@ class UITableView final : public UIScrollView {
     void showCells();
     void placeCell(NSIndexPath path, UITableViewCell& cell);
     void recycle(NSIndexPath path);
-    std::shared_ptr<UIView> captionFor(int section, bool header);
+    void showCaptions();
     void highlight(std::optional<NSIndexPath> path);
 
     UITableViewDataSource* dataSource_ = nullptr;
@@ -109,6 +111,7 @@ class UITableView final : public UIScrollView {
     CGFloat sideMargin_ = 0;
     CGFloat measuredWidth_ = -1;
     bool loaded_ = false;
+    bool showing_ = false; // cells are being made
     std::vector<Section> sections_;
     std::map<NSIndexPath, std::shared_ptr<UITableViewCell>> cells_;
     std::map<int, std::shared_ptr<UIView>> headers_, footers_;

@@ -40,7 +40,7 @@ class UITableViewCell : public UIView {
     UIImageView& imageView();
     /// The texts without making the labels.
     std::string titleText() const;
-    std::string detailText() const;
+    virtual std::string detailText() const;
     bool hasImageView() const { return imageView_ != nullptr; }
 
     UITableViewCellAccessoryType accessoryType() const { return accessoryType_; }
@@ -87,6 +87,7 @@ class UITableViewCell : public UIView {
     std::shared_ptr<UIView> accessoryView_;
     std::shared_ptr<UIView> accessoryMark_;
     std::shared_ptr<UIView> topLine_, bottomLine_;
+    std::shared_ptr<UIView> fading_; // the pressed look on its way out
     UITableViewCellAccessoryType accessoryType_ = UITableViewCellAccessoryType::none;
     UITableViewCellSelectionStyle selectionStyle_ = UITableViewCellSelectionStyle::gray;
     Edge topEdge_ = Edge::none, bottomEdge_ = Edge::none;

@@ -29,7 +29,8 @@ class UITextField final : public UIControl {
     void beginEditing();
     void endEditing();
 
-    /// At the caret; control characters are left out.
+    /// At the caret; control characters, line ends and bytes that are no UTF-8 are left out, here as
+    /// everywhere.
     void insertText(std::string_view utf8);
     /// What an input method has not yet decided on, shown underlined at the caret; it is no part of `text`.
     void setMarkedText(std::string_view utf8);
@@ -37,6 +38,9 @@ class UITextField final : public UIControl {
     /// The caret in the window, where an input method puts its list.
     CGRect caretRectInWindow() const;
 
+    /// The text, or the placeholder where there is none.
+    std::string accessibilityLabel() const override;
+    void setEnabled(bool enabled) override;
     void layoutSubviews() override;
     void touchesEnded(const UITouch& touch) override;
     void setFocused(bool focused) override;
@@ -44,9 +48,14 @@ class UITextField final : public UIControl {
 
   private:
     void changed();
+    void erase(size_t from, size_t to);
+    void placeCaretAt(CGFloat x);
+    void showCaret();
+    void blinkAt(int64_t nanoseconds);
     void blink();
     size_t boundaryBefore(size_t offset) const;
     size_t boundaryAfter(size_t offset) const;
+    size_t boundaryAtOrAfter(size_t offset) const;
     CGFloat widthUpTo(size_t offset) const;
 
     std::string text_, marked_, placeholder_;
@@ -54,7 +63,8 @@ class UITextField final : public UIControl {
     size_t caret_ = 0;
     CGFloat scroll_ = 0; // points that the text is moved to the left
     bool editing_ = false;
-    uint64_t blinks_ = 0; // which series of blinks counts
+    int64_t solidUntil_ = 0; // nanoseconds
+    bool blinkWaits_ = false;
     std::shared_ptr<UIView> clip_;
     std::shared_ptr<UILabel> label_;
     std::shared_ptr<UIView> underline_;

@@ -90,6 +90,8 @@ class UIView : public NSObject, public std::enable_shared_from_this<UIView> {
     virtual void touchesMoved(const UITouch& touch);
     virtual void touchesEnded(const UITouch& touch);
     virtual void touchesCancelled(const UITouch& touch);
+    /// A finger has come down on this view or on one below it, whoever gets the touch.
+    virtual void fingerCameDown() {}
     /// Asked of the touched view and those above it before a recogniser of a view above begins.
     virtual bool gestureRecognizerShouldBegin(const UIGestureRecognizer&) { return true; }
 

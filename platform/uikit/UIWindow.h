@@ -51,17 +51,22 @@ class UIWindow final : public UIView {
 
   private:
     UIView& front();
-    std::vector<UIView*> focusOrder();
-    bool moveFocus(int step);
-    bool moveFocusHorizontally(int step);
+    void beginTouch(const UITouch& touch);
+    void endTouch();
     void deliverToRecognizers(const UITouch& touch);
     void deliverToView(const UITouch& touch);
+    bool offerKey(UIKey key);
+    bool scrollByKey(UIKey key);
+    std::vector<UIView*> focusOrder();
+    bool moveFocus(int step);
+    void showRing(UIView& view);
 
     std::shared_ptr<UIViewController> root_;
     std::vector<std::shared_ptr<UIView>> overlays_;
     std::weak_ptr<UIView> touched_;
     std::vector<std::weak_ptr<UIGestureRecognizer>> recognizers_;
     std::weak_ptr<UIView> focused_;
+    std::shared_ptr<UIView> ring_;
     std::weak_ptr<UIView> edited_;
     bool touching_ = false;
     bool touchTaken_ = false; // by a recogniser

@@ -126,6 +126,68 @@ TEST_F(PSListControllerTest, ReadsTheDomainThenTheDefault) {
     EXPECT_EQ(pane.readPreferenceValue(withDefault), PropertyList::boolean(false));
 }
 
+TEST_F(PSListControllerTest, TheRowKnowsItsPresentValue) {
+    Pane pane;
+    auto size = row({{"defaults", text("com.example.one")},
+                     {"key", text("size")},
+                     {"default", PropertyList::integer(7)}});
+    EXPECT_EQ(size->propertyForKey("value"), nullptr);
+    pane.readPreferenceValue(size);
+    ASSERT_NE(size->propertyForKey("value"), nullptr);
+    EXPECT_EQ(*size->propertyForKey("value"), PropertyList::integer(7));
+    pane.setPreferenceValueSpecifier(PropertyList::floatNumber(2), size);
+    EXPECT_EQ(*size->propertyForKey("value"), PropertyList::floatNumber(2));
+    CFPreferencesSetAppValue("size", PropertyList::floatNumber(3), "com.example.one"); // by somebody else
+    pane.readPreferenceValue(size);
+    EXPECT_EQ(*size->propertyForKey("value"), PropertyList::floatNumber(3));
+    CFPreferencesSetAppValue("size", std::nullopt, "com.example.one");
+    size->removePropertyForKey("default");
+    pane.readPreferenceValue(size);
+    EXPECT_EQ(size->propertyForKey("value"), nullptr);
+    auto placeless = row({{"key", text("size")}});
+    pane.setPreferenceValueSpecifier(PropertyList::floatNumber(2), placeless);
+    EXPECT_EQ(placeless->propertyForKey("value"), nullptr);
+}
+
+TEST_F(PSListControllerTest, ReloadedRowsAreToldByTheirIdentifier) {
+    std::vector<std::string> told;
+    PSListController::setReloadTrace([&](const std::string& identifier) { told.push_back(identifier); });
+    auto named = row({{"id", text("size")}});
+    auto keyed = row({{"key", text("alpha")}});
+    Pane pane({named, keyed});
+    pane.reloadSpecifier(keyed);
+    pane.reloadSpecifier(named);
+    pane.reloadSpecifier(nullptr);
+    PSListController::setReloadTrace({});
+    pane.reloadSpecifier(named);
+    EXPECT_EQ(told, (std::vector<std::string>{"alpha", "size"}));
+}
+
+TEST_F(PSListControllerTest, ItsMethodsCanBeCalledByName) {
+    auto size = row({{"defaults", text("com.example.one")}, {"key", text("size")}});
+    Pane pane({size});
+    auto value = PropertyList::floatNumber(1.5f);
+    PerformSelector(pane, "setPreferenceValue:specifier:", {&value, size});
+    auto read = PerformSelector(pane, "readPreferenceValue:", {nullptr, size});
+    ASSERT_NE(read, nullptr);
+    EXPECT_EQ(*read, value);
+    std::string told;
+    PSListController::setReloadTrace([&](const std::string& identifier) { told = identifier; });
+    PerformSelector(pane, "reloadSpecifier:", {nullptr, size});
+    PSListController::setReloadTrace({});
+    EXPECT_EQ(told, "size");
+
+    // Without a value or a row there is nothing to do.
+    PerformSelector(pane, "setPreferenceValue:specifier:", {nullptr, size});
+    PerformSelector(pane, "setPreferenceValue:specifier:", {&value, nullptr});
+    EXPECT_EQ(PerformSelector(pane, "readPreferenceValue:"), nullptr);
+    PerformSelector(pane, "reloadSpecifier:");
+    EXPECT_EQ(PerformSelector(pane, "unknown:", {&value, size}), nullptr);
+    EXPECT_FALSE(RespondsToSelector(pane, "unknown:"));
+    EXPECT_EQ(&pane.methods(), &PSListController::classMethods());
+    EXPECT_EQ(CFPreferencesCopyAppValue("size", "com.example.one"), value);
+}
+
 TEST_F(PSListControllerTest, RowsCanBeLoadedLate) {
     class LatePane final : public PSListController {
       public:

@@ -19,6 +19,9 @@ constexpr double kFinestFlatness = 0.003;
 constexpr int kMostChords = 400;
 /// Cells that are summed up at a time; small enough to stay in the cache.
 constexpr int kBandCells = 1 << 15;
+/// Areas are counted in these parts of a pixel.
+constexpr int kUnitBits = 18;
+constexpr int kOne = 1 << kUnitBits;
 
 struct Edge {
     double x0, y0, x1, y1;
@@ -103,10 +106,17 @@ class Flattener {
 
 /// Sums up signed areas of the edges in a band of rows. A cell holds by how much coverage changes from the
 /// pixel left of it; which cells were touched is noted, so that long runs between them cost nothing.
+///
+/// Areas are whole numbers, so that their sum does not depend on the order and on where the clip cuts: a
+/// pixel's coverage is the same whatever part of the path is painted.
 class Band {
   public:
-    void reset(int width, int rows) {
+    /// Rows from `top`, columns from `left`.
+    void reset(int left, int width, int top, int rows) {
+        left_ = left;
         width_ = width;
+        top_ = top;
+        rows_ = rows;
         words_ = (width + 2 + 63) / 64;
         stride_ = words_ * 64;
         if (cells_.size() < size_t(stride_) * size_t(rows)) cells_.resize(size_t(stride_) * size_t(rows));
@@ -114,89 +124,96 @@ class Band {
         coverage_.resize(size_t(width));
     }
 
-    /// An edge with y within the band.
-    void add(double x0, double y0, double x1, double y1) {
-        if (y0 == y1) return;
-        if (y0 < y1)
-            addDownwards(x0, y0, x1, y1, 1);
+    /// What of the edge lies in the band.
+    void add(const Edge& e) {
+        if (e.y0 < e.y1)
+            addDownwards(e.x0, e.y0, e.x1, e.y1, 1);
         else
-            addDownwards(x1, y1, x0, y0, -1);
+            addDownwards(e.x1, e.y1, e.x0, e.y0, -1);
     }
 
     /// Hands on a row and leaves it all zero for the next use.
-    void emit(int row, int y, int left, CoverageSink& sink);
+    void emit(int row, CoverageSink& sink);
 
   private:
-    void addDownwards(double x0, double y0, double x1, double y1, double direction) {
-        // What is left of the band counts as at its left side, what is right of it does not count.
-        double right = width_;
-        if (x0 <= 0 && x1 <= 0) {
-            slope(0, y0, 0, y1, direction);
-        } else if (x0 >= right && x1 >= right) {
-            return;
-        } else if (std::min(x0, x1) >= 0 && std::max(x0, x1) <= right) {
-            slope(x0, y0, x1, y1, direction);
-        } else {
-            double boundary = std::min(x0, x1) < 0 ? 0 : right;
-            double y = std::clamp(y0 + (boundary - x0) * (y1 - y0) / (x1 - x0), y0, y1);
-            part(x0, y0, boundary, y, direction);
-            part(boundary, y, x1, y1, direction);
-        }
-    }
-
-    void part(double x0, double y0, double x1, double y1, double direction) {
-        if (y0 < y1) addDownwards(x0, y0, x1, y1, direction);
-    }
-
-    /// An edge wholly inside the band.
-    void slope(double x0, double y0, double x1, double y1, double direction) {
-        double slant = (x1 - x0) / (y1 - y0);
+    // What is left of the band counts as at its left side, what is right of it does not count.
+    void addDownwards(double x0, double y0, double x1, double y1, int direction) {
         double low = std::min(x0, x1);
         double high = std::max(x0, x1);
-        int last = int(std::ceil(y1));
-        double x = x0;
-        double top = y0;
-        for (int row = int(y0); row < last; ++row) {
-            double bottom = std::min(double(row + 1), y1);
-            double next = bottom == y1 ? x1 : std::clamp(x0 + (bottom - y0) * slant, low, high);
-            deposit(row, std::min(x, next), std::max(x, next), (bottom - top) * direction);
+        if (low >= left_ + width_) return;
+        int first = std::max(int(std::floor(y0)), top_);
+        int end = std::min(int(std::ceil(y1)), top_ + rows_);
+        double slant = (x1 - x0) / (y1 - y0);
+        // The same place for the same row, whatever rows are asked for.
+        auto at = [&](double y) {
+            return y <= y0 ? x0 : y >= y1 ? x1 : std::clamp(x0 + (y - y0) * slant, low, high);
+        };
+        bool leftOfAll = high <= left_;
+        double x = leftOfAll ? 0 : at(first);
+        int above = units(std::max(double(first), y0) - first);
+        for (int row = first; row < end; ++row) {
+            int below = y1 < row + 1 ? units(y1 - row) : kOne;
+            int height = (below - above) * direction;
+            above = 0;
+            if (leftOfAll) {
+                change(row, 0, height);
+                touch(row, 0, 0);
+                continue;
+            }
+            double next = at(row + 1);
+            deposit(row, std::min(x, next), std::max(x, next), height);
             x = next;
-            top = bottom;
         }
+    }
+
+    static int units(double share) { return int(share * kOne + 0.5); }
+    static int nearest(double value) { return int(value < 0 ? value - 0.5 : value + 0.5); }
+
+    void change(int row, int column, int by) {
+        cells_[size_t(row - top_) * size_t(stride_) + size_t(column)] += unsigned(by);
     }
 
     /// The edge crosses the row from x0 to x1 and is `height` high there (negative upwards).
-    void deposit(int row, double x0, double x1, double height) {
-        int first = int(x0);
+    void deposit(int row, double x0, double x1, int height) {
+        int first = int(std::floor(x0));
         int end = int(std::ceil(x1));
-        float* cells = cells_.data() + size_t(row) * size_t(stride_);
+        int last = std::min(end, left_ + width_) - left_; // the last cell that is changed
+        if (first >= left_ + width_) return;
+        if (end <= left_) {
+            change(row, 0, height);
+            touch(row, 0, 0);
+            return;
+        }
         if (end <= first + 1) {
-            double right = height * (0.5 * (x0 + x1) - first);
-            cells[first] += float(height - right);
-            cells[first + 1] += float(right);
-            touch(row, first, first + 1);
+            int right = nearest(height * (0.5 * (x0 + x1) - first));
+            change(row, first - left_, height - right);
+            change(row, first + 1 - left_, right);
+            touch(row, first - left_, first + 1 - left_);
             return;
         }
         // The area right of the edge in each crossed pixel, as differences from one pixel to the next.
         double perPixel = height / (x1 - x0);
         double inFirst = first + 1 - x0;
-        double previous = 0.5 * perPixel * inFirst * inFirst;
-        cells[first] += float(previous);
-        for (int i = first + 1; i < end - 1; ++i) {
-            double area = perPixel * (inFirst + (i - first - 1) + 0.5);
-            cells[i] += float(area - previous);
+        double inLast = x1 - (end - 1);
+        auto areaIn = [&](int column) {
+            if (column == first) return nearest(0.5 * perPixel * inFirst * inFirst);
+            if (column == end - 1) return nearest(height - 0.5 * perPixel * inLast * inLast);
+            return nearest(perPixel * (inFirst + (column - first - 1) + 0.5));
+        };
+        int from = std::max(first, left_);
+        int previous = 0;
+        for (int column = from; column < std::min(end, left_ + width_); ++column) {
+            int area = areaIn(column);
+            change(row, column - left_, area - previous);
             previous = area;
         }
-        double inLast = x1 - (end - 1);
-        double lastArea = height - 0.5 * perPixel * inLast * inLast;
-        // In the last pixel the part right of the edge's end is covered for the edge's full height.
-        cells[end - 1] += float(lastArea - previous);
-        cells[end] += float(height - lastArea);
-        touch(row, first, end);
+        // Beyond the last pixel everything is covered for the edge's full height.
+        if (last == end - left_) change(row, last, height - previous);
+        touch(row, from - left_, last);
     }
 
     void touch(int row, int first, int last) {
-        uint64_t* words = touched_.data() + size_t(row) * size_t(words_);
+        uint64_t* words = touched_.data() + size_t(row - top_) * size_t(words_);
         for (int i = first >> 6; i <= last >> 6; ++i) {
             uint64_t bits = ~uint64_t(0);
             if (i == first >> 6) bits &= ~uint64_t(0) << (first & 63);
@@ -205,29 +222,32 @@ class Band {
         }
     }
 
+    int left_ = 0;
     int width_ = 0;
+    int top_ = 0;
+    int rows_ = 0;
     int words_ = 0;
     int stride_ = 0;
-    std::vector<float> cells_; // all zero between uses
+    std::vector<uint32_t> cells_; // two's complement; all zero between uses
     std::vector<uint64_t> touched_;
     std::vector<uint8_t> coverage_;
 };
 
-uint8_t coverageFromSum(float sum) {
-    constexpr float kToNearest = 0.5F;
-    return uint8_t(std::min(std::fabs(sum), 1.0F) * 255 + kToNearest);
+uint8_t coverageFromSum(uint32_t sum) {
+    uint32_t size = sum >> 31 ? 0 - sum : sum;
+    return uint8_t((std::min(size, uint32_t(kOne)) * 255 + kOne / 2) >> kUnitBits);
 }
 
-void Band::emit(int row, int y, int left, CoverageSink& sink) {
+void Band::emit(int row, CoverageSink& sink) {
     constexpr int kWorthSplitting = 8;
-    float* cells = cells_.data() + size_t(row) * size_t(stride_);
-    uint64_t* words = touched_.data() + size_t(row) * size_t(words_);
-    float sum = 0;
+    uint32_t* cells = cells_.data() + size_t(row - top_) * size_t(stride_);
+    uint64_t* words = touched_.data() + size_t(row - top_) * size_t(words_);
+    uint32_t sum = 0;
     int position = 0; // pixels before it are dealt with
     int pending = -1; // first pixel of the run in coverage_ that is not handed on yet
     auto flush = [&](int end) {
         if (pending >= 0 && end > pending)
-            sink.span(y, left + pending, end - pending, coverage_.data() + pending);
+            sink.span(row, left_ + pending, end - pending, coverage_.data() + pending);
         pending = -1;
     };
     auto constant = [&](int end) { // from position to end the coverage stays as it is
@@ -237,7 +257,7 @@ void Band::emit(int row, int y, int left, CoverageSink& sink) {
             flush(position);
         } else if (value == 255 && end - position >= kWorthSplitting) {
             flush(position);
-            sink.span(y, left + position, end - position, nullptr);
+            sink.span(row, left_ + position, end - position, nullptr);
         } else {
             if (pending < 0) pending = position;
             std::fill(coverage_.begin() + position, coverage_.begin() + end, value);
@@ -284,28 +304,14 @@ void ScanConvert(const CGPath& path, const CGAffineTransform& toPixels, const Pi
     if (area.empty()) return;
 
     int bandRows = std::clamp(kBandCells / (area.width() + 2), 1, area.height());
-    band.reset(area.width(), bandRows);
     for (int top = area.top; top < area.bottom; top += bandRows) {
         int rows = std::min(bandRows, area.bottom - top);
+        band.reset(area.left, area.width(), top, rows);
         for (const Edge& e : edges) {
-            double y0 = e.y0 - top;
-            double y1 = e.y1 - top;
-            double x0 = e.x0 - area.left;
-            double x1 = e.x1 - area.left;
-            if (std::max(y0, y1) <= 0 || std::min(y0, y1) >= rows) continue;
-            double slant = (x1 - x0) / (y1 - y0);
-            auto cut = [&](double& x, double& y) {
-                double inside = std::clamp(y, 0.0, double(rows));
-                if (inside == y) return;
-                x += (inside - y) * slant;
-                y = inside;
-            };
-            cut(x0, y0);
-            cut(x1, y1);
-            band.add(x0, y0, x1, y1);
+            if (std::max(e.y0, e.y1) > top && std::min(e.y0, e.y1) < top + rows) band.add(e);
         }
-        for (int row = 0; row < rows; ++row)
-            band.emit(row, top + row, area.left, sink);
+        for (int row = top; row < top + rows; ++row)
+            band.emit(row, sink);
     }
 }
 

@@ -96,19 +96,17 @@ class SampleSink final : public CoverageSink {
   public:
     SampleSink(const Surface& surface, const CGImage& image, const CGAffineTransform& pixelsToImage,
                int alpha, CGBlendMode mode)
-        : surface_(surface), image_(image), inverse_(pixelsToImage), alpha_(alpha), mode_(mode) {}
+        : surface_(surface), grid_(image, pixelsToImage), alpha_(alpha), mode_(mode) {}
     void span(int y, int x, int n, const uint8_t* coverage) override {
         samples_.resize(size_t(n));
-        CGPoint start = CGPointApplyAffineTransform({x + 0.5, y + 0.5}, inverse_);
-        SampleLine(image_, start, {inverse_.a, inverse_.b}, n, samples_.data());
+        grid_.line(y, x, n, samples_.data());
         auto* paint = mode_ == kCGBlendModeSourceAtop ? PixelsAtop : PixelsOver;
         paint(surface_.at(x, y), samples_.data(), n, alpha_, coverage);
     }
 
   private:
     const Surface& surface_;
-    const CGImage& image_;
-    CGAffineTransform inverse_;
+    SampleGrid grid_;
     int alpha_;
     CGBlendMode mode_;
     std::vector<uint32_t> samples_;
@@ -203,6 +201,12 @@ CGAffineTransform RasterCanvas::transform() const {
 
 bool RasterCanvas::paintable() const {
     return !state().clip.empty() && invertible(state().transform);
+}
+
+CGRect RasterCanvas::clipBounds() const {
+    const PixelRect& clip = state().clip;
+    if (clip.empty()) return {};
+    return {{double(clip.left), double(clip.top)}, {double(clip.width()), double(clip.height())}};
 }
 
 void RasterCanvas::clipToRect(const CGRect& rect) {

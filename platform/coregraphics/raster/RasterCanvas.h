@@ -27,6 +27,7 @@ class RasterCanvas final : public Canvas {
     CGAffineTransform transform() const override;
     void clipToRect(const CGRect& rect) override;
     void clipToPath(const CGPath& path) override;
+    CGRect clipBounds() const override;
     void fillRect(const CGRect& rect, const CGColor& color, CGFloat alpha, CGBlendMode mode) override;
     void fillPath(const CGPath& path, const CGColor& color, CGFloat alpha, CGBlendMode mode) override;
     void strokePath(const CGPath& path, const CGColor& color, CGFloat width, bool round) override;

@@ -269,17 +269,31 @@ uint32_t between(uint32_t from, uint32_t to, uint32_t amount) {
     return ((low >> 8) & kChannels) | (high & ~kChannels);
 }
 
-} // namespace
+/// Places on the image in units of 1/65536 pixel, made ready for splitting: the rounding to the nearest of
+/// the 256 steps between pixels is added.
+constexpr int kPlaceBits = 16;
+constexpr int64_t kStepRounding = 128;
+/// With so many more bits places are added up exactly, so that a pixel's place is the same wherever a line
+/// begins.
+constexpr int kExactBits = 16;
+constexpr double kExactOne = double(int64_t(1) << (kPlaceBits + kExactBits));
 
-namespace {
+struct ExactPlace {
+    int64_t x, y;
+};
 
-/// The part of a line whose places all have four neighbours. Places are in units of 1/65536 pixel.
-void sampleInside(const uint32_t* pixels, int width, const int32_t* start, const int32_t* step, int count,
-                  uint32_t* result) {
-    int32_t x = start[0];
-    int32_t y = start[1];
-    for (int i = 0; i < count; ++i) {
-        const uint32_t* upper = pixels + ptrdiff_t(y >> 16) * width + (x >> 16);
+int64_t placeOf(int64_t exact) {
+    return (exact >> kExactBits) + kStepRounding;
+}
+
+/// The part of a line whose places all have four neighbours.
+void sampleInside(const CGImage& image, ExactPlace at, ExactPlace step, int count, uint32_t* result) {
+    const uint32_t* pixels = image.row(0);
+    const ptrdiff_t width = image.width();
+    for (int i = 0; i < count; ++i, at.x += step.x, at.y += step.y) {
+        auto x = int32_t(placeOf(at.x));
+        auto y = int32_t(placeOf(at.y));
+        const uint32_t* upper = pixels + (y >> kPlaceBits) * width + (x >> kPlaceBits);
         const uint32_t* lower = upper + width;
         int fx = (x >> 8) & 255;
         int fy = (y >> 8) & 255;
@@ -299,11 +313,24 @@ void sampleInside(const uint32_t* pixels, int width, const int32_t* start, const
         result[i] = between(between(upper[0], lower[0], uint32_t(fy)),
                             between(upper[1], lower[1], uint32_t(fy)), uint32_t(fx));
 #endif
-        if (i + 1 < count) {
-            x += step[0];
-            y += step[1];
-        }
     }
+}
+
+/// Anywhere, also on the border and beyond; the same as above where both will do.
+uint32_t sampleAt(const CGImage& image, int64_t x, int64_t y) {
+    auto hold = [](int64_t place, int length) {
+        return int32_t(std::clamp<int64_t>(place, 0, int64_t(length - 1) << kPlaceBits));
+    };
+    int32_t heldX = hold(x, image.width());
+    int32_t heldY = hold(y, image.height());
+    int column = std::max(0, std::min(heldX >> kPlaceBits, image.width() - 2));
+    int row = std::max(0, std::min(heldY >> kPlaceBits, image.height() - 2));
+    auto fx = uint32_t((heldX - (column << kPlaceBits)) >> 8);
+    auto fy = uint32_t((heldY - (row << kPlaceBits)) >> 8);
+    const uint32_t* upper = image.row(row) + column;
+    const uint32_t* lower = upper + (image.height() > 1 ? image.width() : 0);
+    int next = image.width() > 1 ? 1 : 0;
+    return between(between(upper[0], lower[0], fy), between(upper[next], lower[next], fy), fx);
 }
 
 /// Narrows begin..end to where start + i step lies between 0 and limit.
@@ -318,53 +345,57 @@ void narrow(double start, double step, double limit, double& begin, double& end)
     end = std::min(end, std::floor(std::max(atLow, atHigh)) + 1);
 }
 
-void sampleAnywhere(const CGImage& image, CGPoint start, CGPoint step, int begin, int end, uint32_t* result) {
-    double right = image.width() - 1;
-    double bottom = image.height() - 1;
-    int nextColumn = image.width() > 1 ? 1 : 0;
-    int nextRow = image.height() > 1 ? image.width() : 0;
-    for (int i = begin; i < end; ++i) {
-        // Written so that a number that is no number counts as 0.
-        double x = start.x + i * step.x;
-        double y = start.y + i * step.y;
-        x = x > 0 ? std::min(x, right) : 0;
-        y = y > 0 ? std::min(y, bottom) : 0;
-        int column = std::max(0, std::min(int(x), image.width() - 2));
-        int row = std::max(0, std::min(int(y), image.height() - 2));
-        auto fx = uint32_t((x - column) * 256 + kToNearest);
-        auto fy = uint32_t((y - row) * 256 + kToNearest);
-        const uint32_t* upper = image.row(row) + column;
-        const uint32_t* lower = upper + nextRow;
-        result[i] =
-            between(between(upper[0], upper[nextColumn], fx), between(lower[0], lower[nextColumn], fx), fy);
-    }
-}
-
 } // namespace
 
-void SampleLine(const CGImage& image, CGPoint start, CGPoint step, int count, uint32_t* result) {
-    // Between the middles of the pixels rather than from their edges.
-    start = {start.x - 0.5, start.y - 0.5};
-    // Where nothing can reach over the border it goes in whole numbers; a little less, for their rounding.
+SampleGrid::SampleGrid(const CGImage& image, const CGAffineTransform& pixelsToImage)
+    : image_(image), t_(pixelsToImage) {
+    // From the middle of a pixel, and between the middles of the image's pixels.
+    t_.tx += 0.5 * (t_.a + t_.c) - 0.5;
+    t_.ty += 0.5 * (t_.b + t_.d) - 0.5;
+    constexpr double kSteepest = 1 << 12;
+    constexpr double kFarthest = 1 << 28;
+    exact_ = std::fabs(t_.a) < kSteepest && std::fabs(t_.b) < kSteepest && std::fabs(t_.c) < kSteepest &&
+             std::fabs(t_.d) < kSteepest && std::fabs(t_.tx) < kFarthest && std::fabs(t_.ty) < kFarthest;
+    if (!exact_) return;
+    auto fixed = [](double v) { return int64_t(std::llround(v * kExactOne)); };
+    a_ = fixed(t_.a);
+    b_ = fixed(t_.b);
+    c_ = fixed(t_.c);
+    d_ = fixed(t_.d);
+    tx_ = fixed(t_.tx);
+    ty_ = fixed(t_.ty);
+}
+
+void SampleGrid::line(int y, int x, int count, uint32_t* result) const {
+    if (!exact_) return lineFarOut(y, x, count, result);
+    ExactPlace start{tx_ + x * a_ + y * c_, ty_ + x * b_ + y * d_};
+    // Where nothing can reach over the border it goes without looking; a little less, for the rounding.
     constexpr double kMargin = 0.05;
     double begin = 0;
     double end = count;
-    narrow(start.x - kMargin, step.x, image.width() - 1 - 2 * kMargin, begin, end);
-    narrow(start.y - kMargin, step.y, image.height() - 1 - 2 * kMargin, begin, end);
-    if (!(end - begin >= 2)) {
-        sampleAnywhere(image, start, step, 0, count, result);
-        return;
-    }
-    auto first = int(begin);
-    auto last = int(end);
-    auto fixed = [](double v) { return int32_t(std::lround(v * 65536)); };
-    constexpr int32_t kRounding = 128; // to the nearest of the 256 steps between pixels
-    const int32_t from[2] = {fixed(start.x + first * step.x) + kRounding,
-                             fixed(start.y + first * step.y) + kRounding};
-    const int32_t by[2] = {fixed(step.x), fixed(step.y)};
-    sampleAnywhere(image, start, step, 0, first, result);
-    sampleInside(image.row(0), image.width(), from, by, last - first, result + first);
-    sampleAnywhere(image, start, step, last, count, result);
+    narrow(double(start.x) / kExactOne - kMargin, t_.a, image_.width() - 1 - 2 * kMargin, begin, end);
+    narrow(double(start.y) / kExactOne - kMargin, t_.b, image_.height() - 1 - 2 * kMargin, begin, end);
+    int first = end > begin ? int(begin) : count;
+    int last = end > begin ? int(end) : count;
+    auto anywhere = [&](int from, int to) {
+        for (int i = from; i < to; ++i)
+            result[i] = sampleAt(image_, placeOf(start.x + i * a_), placeOf(start.y + i * b_));
+    };
+    anywhere(0, first);
+    sampleInside(image_, {start.x + first * a_, start.y + first * b_}, {a_, b_}, last - first,
+                 result + first);
+    anywhere(last, count);
+}
+
+void SampleGrid::lineFarOut(int y, int x, int count, uint32_t* result) const {
+    // Written so that a number that is no number counts as 0.
+    auto place = [](double v, int length) {
+        v = v > 0 ? std::min(v, double(length - 1)) : 0;
+        return int64_t(v * (1 << kPlaceBits)) + kStepRounding;
+    };
+    for (int i = 0; i < count; ++i)
+        result[i] = sampleAt(image_, place(t_.tx + (x + i) * t_.a + y * t_.c, image_.width()),
+                             place(t_.ty + (x + i) * t_.b + y * t_.d, image_.height()));
 }
 
 } // namespace tallyforge

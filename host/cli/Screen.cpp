@@ -1,0 +1,237 @@
+#include "cli/Screen.h"
+
+#include "cli/Inspector.h"
+#include "cli/ValueJson.h"
+#include "preferences/PSListController.h"
+#include "preferences/PSTableCell.h"
+#include "uikit/UIAlertView.h"
+#include "uikit/UIPickerView.h"
+#include "uikit/UISegmentedControl.h"
+#include "uikit/UISlider.h"
+#include "uikit/UISwitch.h"
+#include "uikit/UITextField.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tallyforge {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+template <class View> View* firstBelow(UIView& view) {
+    if (auto* found = dynamic_cast<View*>(&view)) return found;
+    for (const auto& subview : view.subviews()) {
+        if (subview->hidden()) continue;
+        if (View* found = firstBelow<View>(*subview)) return found;
+    }
+    return nullptr;
+}
+
+template <class View> View* enclosing(UIView* view) {
+    for (; view; view = view->superview()) {
+        if (auto* found = dynamic_cast<View*>(view)) return found;
+    }
+    return nullptr;
+}
+
+// In the order in which they are read, those at the front first where they lie on each other.
+void collectShowing(UIView& view, const std::string& text, std::vector<UIView*>& found) {
+    if (view.hidden()) return;
+    if (view.accessibilityLabel() == text) found.push_back(&view);
+    for (const auto& subview : view.subviews())
+        collectShowing(*subview, text, found);
+}
+
+CGRect inWindow(const UIView& view) {
+    return view.convertRectToView(view.bounds(), nullptr);
+}
+
+CGPoint middle(const CGRect& rect) {
+    return {CGRectGetMidX(rect), CGRectGetMidY(rect)};
+}
+
+std::string accessoryName(UITableViewCell& cell) {
+    if (cell.accessoryView()) return cell.accessoryView()->className();
+    switch (cell.accessoryType()) {
+    case UITableViewCellAccessoryType::none:
+        return "none";
+    case UITableViewCellAccessoryType::disclosureIndicator:
+        return "disclosureIndicator";
+    case UITableViewCellAccessoryType::checkmark:
+        return "checkmark";
+    }
+    return "none";
+}
+
+Json alertJson(const AlertPanel& panel) {
+    Json alert;
+    const auto& contents = panel.contents();
+    alert["title"] = contents.title;
+    alert["message"] = contents.message;
+    const auto& shown = UIAlertView::visibleAlerts();
+    bool tagged = !shown.empty() && shown.back()->title() == contents.title &&
+                  shown.back()->message() == contents.message;
+    alert["tag"] = tagged ? shown.back()->tag() : 0;
+    alert["buttons"] = Json::array();
+    for (const auto& button : contents.buttons)
+        alert["buttons"].push_back(button.title);
+    alert["textField"] = panel.textField() ? Json(panel.textField()->text()) : Json(nullptr);
+    alert["picker"] = nullptr;
+    auto* picker = dynamic_cast<UIPickerView*>(contents.accessory.get());
+    if (!picker) return alert;
+    Json rows = Json::array();
+    for (int row = 0; row < picker->numberOfRowsInComponent(0); ++row)
+        rows.push_back(picker->titleForRow(row));
+    alert["picker"] = {{"rows", rows}, {"selected", picker->selectedRowInComponent(0)}};
+    return alert;
+}
+
+} // namespace
+
+UITableView* Screen::table() const {
+    return firstBelow<UITableView>(*controller().view());
+}
+
+UIView* Screen::viewShowing(const std::string& text) {
+    app_.step();
+    std::vector<UIView*> found;
+    if (auto panel = FrontAlertPanel())
+        collectShowing(*panel, text, found);
+    else
+        collectShowing(app_.window(), text, found);
+    // The title in the bar is nothing to touch; where something else shows the same, that is meant.
+    auto isInBar = [&](UIView* view) {
+        return !FrontAlertPanel() && middle(inWindow(*view)).y < app_.navigation().contentFrame().origin.y &&
+               !enclosing<UIControl>(view);
+    };
+    auto best = std::find_if_not(found.begin(), found.end(), isInBar);
+    if (FrontAlertPanel()) { // a button rather than a word of the question
+        auto button = std::find_if(found.begin(), found.end(),
+                                   [](UIView* view) { return enclosing<UIControl>(view) != nullptr; });
+        if (button != found.end()) best = button;
+    }
+    return best != found.end() ? *best : found.empty() ? nullptr : found.front();
+}
+
+UIView* Screen::findScrolling(const std::string& text) {
+    if (UIView* view = viewShowing(text)) return view;
+    UITableView* scroll = FrontAlertPanel() ? nullptr : table();
+    if (!scroll) return nullptr;
+    const CGPoint before = scroll->contentOffset();
+    const CGFloat page = std::max<CGFloat>(44, scroll->bounds().size.height - 44);
+    for (CGFloat offset = scroll->minimumOffset();; offset += page) {
+        scroll->setContentOffset({0, std::min(offset, scroll->maximumOffset())});
+        if (UIView* view = viewShowing(text)) return view;
+        if (offset >= scroll->maximumOffset()) break;
+    }
+    scroll->setContentOffset(before);
+    app_.step();
+    return nullptr;
+}
+
+bool Screen::scrollTo(const std::string& text) {
+    UIView* view = findScrolling(text);
+    if (!view) return false;
+    if (auto* scroll = enclosing<UITableView>(view)) {
+        scroll->scrollRectToVisible(view->convertRectToView(view->bounds(), scroll));
+        if (auto* cell = enclosing<UITableViewCell>(view)) {
+            if (auto path = scroll->indexPathForCell(*cell)) scroll->scrollToRowAtIndexPath(*path);
+        }
+        app_.step();
+    }
+    return true;
+}
+
+std::optional<CGPoint> Screen::pointShowing(const std::string& text) {
+    if (!scrollTo(text)) return std::nullopt;
+    UIView* view = viewShowing(text);
+    if (!view) return std::nullopt;
+    if (auto* segments = enclosing<UISegmentedControl>(view)) {
+        const auto& titles = segments->titles();
+        auto index = std::find(titles.begin(), titles.end(), text) - titles.begin();
+        if (index < static_cast<std::ptrdiff_t>(titles.size()))
+            return segments->convertPointToView(middle(segments->rectForSegment(static_cast<int>(index))), nullptr);
+    }
+    if (enclosing<UIControl>(view)) return middle(inWindow(*view));
+    auto* cell = enclosing<UITableViewCell>(view);
+    if (!cell) return middle(inWindow(*view));
+    // A row is operated by its switch where it has one.
+    if (auto* own = dynamic_cast<UISwitch*>(cell->accessoryView().get())) return middle(inWindow(*own));
+    const CGRect row = inWindow(*cell);
+    return CGPoint{middle(inWindow(*view)).x, row.size.height > 88 ? middle(inWindow(*view)).y : middle(row).y};
+}
+
+UISlider* Screen::sliderOf(const std::string& row) {
+    if (!scrollTo(row)) return nullptr;
+    UIView* view = viewShowing(row);
+    if (auto* slider = dynamic_cast<UISlider*>(view)) return slider;
+    auto* cell = enclosing<UITableViewCell>(view);
+    return cell ? firstBelow<UISlider>(*cell) : nullptr;
+}
+
+Json Screen::rows() {
+    Json rows = Json::array();
+    UITableView* shown = table();
+    if (!shown) return rows;
+    // All rows get their cells when the table is as high as what it shows.
+    const CGRect frame = shown->frame();
+    const CGPoint offset = shown->contentOffset();
+    shown->setFrame({frame.origin, {frame.size.width, std::max(frame.size.height, shown->contentSize().height)}});
+    app_.window().layoutIfNeeded();
+    shown->setContentOffset({0, shown->minimumOffset()});
+    auto* list = dynamic_cast<PSListController*>(&controller());
+    for (int section = 0; section < shown->numberOfSections(); ++section) {
+        for (int row = 0; row < shown->numberOfRowsInSection(section); ++row) {
+            auto cell = shown->cellForRowAtIndexPath({section, row});
+            if (!cell) continue;
+            auto specifier = list ? list->specifierAtIndexPath({section, row}) : nullptr;
+            auto* own = dynamic_cast<PSTableCell*>(cell.get());
+            Json entry;
+            entry["section"] = section;
+            entry["row"] = row;
+            entry["header"] = shown->titleForHeaderInSection(section);
+            entry["title"] = cell->titleText();
+            entry["detail"] = cell->detailText();
+            entry["id"] = specifier ? specifier->identifier() : std::string();
+            entry["cell"] = cell->className();
+            entry["value"] = nullptr;
+            if (auto value = specifier ? specifier->performGetter() : std::nullopt)
+                entry["value"] = ValueJson(*value);
+            else if (auto* turned = dynamic_cast<UISwitch*>(cell->accessoryView().get()))
+                entry["value"] = turned->isOn();
+            entry["enabled"] = own ? own->cellEnabled() : cell->userInteractionEnabled();
+            entry["accessory"] = accessoryName(*cell);
+            CGRect place = shown->rectForRowAtIndexPath({section, row});
+            place.origin.x += frame.origin.x;
+            place.origin.y += frame.origin.y - offset.y;
+            entry["frame"] = InspectRect(place);
+            rows.push_back(std::move(entry));
+        }
+    }
+    shown->setFrame(frame);
+    shown->setContentOffset(offset);
+    app_.step();
+    return rows;
+}
+
+Json Screen::inspect(bool pad, double time) {
+    app_.step();
+    Json json;
+    json["idiom"] = pad ? "pad" : "phone";
+    json["time"] = time;
+    json["title"] = controller().title();
+    json["stack"] = Json::array();
+    for (const auto& screen : app_.navigation().viewControllers())
+        json["stack"].push_back(screen->title());
+    json["rows"] = rows();
+    auto panel = FrontAlertPanel();
+    json["alert"] = panel ? alertJson(*panel) : Json(nullptr);
+    json["view"] = InspectView(app_.window());
+    return json;
+}
+
+} // namespace tallyforge

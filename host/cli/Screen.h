@@ -1,0 +1,44 @@
+#pragma once
+
+#include "settings_app/SettingsApp.h"
+#include "uikit/UITableView.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tallyforge {
+
+class UISlider;
+
+/// What is on the screen in front, as a person sees it: its texts, its rows, its controls.
+class Screen {
+  public:
+    explicit Screen(SettingsApp& app) : app_(app) {}
+
+    UIViewController& controller() const { return *app_.navigation().topViewController(); }
+    /// The table of the screen in front, or nullptr.
+    UITableView* table() const;
+
+    /// Where to touch what shows the text, in the window; the alert in front counts alone. Scrolls to it
+    /// where need be. Nothing when it is nowhere.
+    std::optional<CGPoint> pointShowing(const std::string& text);
+    /// Brings the text on screen; false when it is nowhere.
+    bool scrollTo(const std::string& text);
+    /// The slider of the row that shows the text, or the one that is called so; nullptr without one.
+    UISlider* sliderOf(const std::string& row);
+
+    /// Everything that `inspect` prints of a screen.
+    nlohmann::ordered_json inspect(bool pad, double time);
+
+  private:
+    UIView* viewShowing(const std::string& text);
+    UIView* findScrolling(const std::string& text);
+    nlohmann::ordered_json rows();
+
+    SettingsApp& app_;
+};
+
+} // namespace tallyforge

@@ -1,0 +1,61 @@
+#include "cli/SettingsStage.h"
+
+#include "foundation/Dispatch.h"
+#include "quartzcore/CADisplayLink.h"
+#include "quartzcore/RenderServer.h"
+#include "uikit/UIDevice.h"
+#include "uikit/UIViewAnimation.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tallyforge {
+
+namespace {
+
+constexpr int64_t kFrame = NSEC_PER_SEC / 60;
+
+} // namespace
+
+SettingsStage::SettingsStage(const std::optional<CGSize>& screen, double scale) : scale_(scale) {
+    MainQueue::main().setClock(&clock_);
+    UIScreen::mainScreen().setScale(scale);
+    UIScreen::mainScreen().setSize(screen);
+    UIViewSetAnimationsEnabled(false);
+    app_ = std::make_unique<SettingsApp>();
+}
+
+SettingsStage::~SettingsStage() {
+    app_.reset();
+    MainQueue::main().clear();
+    MainQueue::main().setClock(nullptr);
+    UIScreen::mainScreen().setSize(std::nullopt);
+    UIViewSetAnimationsEnabled(true);
+}
+
+void SettingsStage::wait(double seconds) {
+    const int64_t end = clock_.nanoseconds() + std::llround(seconds * static_cast<double>(NSEC_PER_SEC));
+    app_->step();
+    while (CADisplayLink::anyRunning() && clock_.nanoseconds() < end) {
+        MainQueue::main().runUntil(clock_, std::min(end, clock_.nanoseconds() + kFrame));
+        app_->step();
+    }
+    MainQueue::main().runUntil(clock_, end);
+    app_->step();
+}
+
+double SettingsStage::time() const {
+    return static_cast<double>(clock_.nanoseconds()) / NSEC_PER_SEC;
+}
+
+Result<std::shared_ptr<CGImage>> SettingsStage::picture() const {
+    app_->step();
+    const CGSize size = app_->size();
+    if (size.width * scale_ > 4096 || size.height * scale_ > 4096)
+        return Error{"the picture would be over 4096 pixels wide or high"};
+    auto picture = RenderServer::render(app_->layer(), time(), scale_);
+    if (!picture) return Error{"the picture would be under one pixel wide or high"};
+    return picture;
+}
+
+} // namespace tallyforge
