@@ -98,6 +98,12 @@ void PreviewCell::layoutSubviews() {
     PSTableCell::layoutSubviews();
 }
 
+bool PreviewCell::pressKey(UIKey key) {
+    if (key != UIKey::space && key != UIKey::enter) return false;
+    tap();
+    return true;
+}
+
 void PreviewCell::tap() {
     currentIcon_ = IconAfter(currentIcon_);
     WriteConfiguredIcon(currentIcon_);

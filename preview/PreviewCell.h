@@ -27,6 +27,9 @@ class PreviewCell final : public PSTableCell {
                                                std::shared_ptr<PSSpecifier> specifier) override;
     void layoutSubviews() override;
 
+    bool canBecomeFocused() const override { return true; }
+    bool pressKey(UIKey key) override; ///< space and return do what a tap does
+
     /// Goes to the next icon and remembers it.
     void tap();
     /// Loads the present icon, or the next one that there is.

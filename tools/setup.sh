@@ -1,12 +1,15 @@
 # shellcheck shell=bash disable=SC2034
 # Sourced by run and check: what has to be installed, and installing it. Everything is in Debian 12.
+# The window's own needs come with qt6-base-dev: its X plugin is part of libqt6gui6, which is loaded as a plugin and
+# so is found only when the window opens. On Wayland the window is native where qt6-wayland is installed too; elsewhere
+# it goes through the X server that every Wayland desktop has.
 
 packages_for_running=(
   cmake ninja-build g++ pkg-config qt6-base-dev libpugixml-dev libsystemd-dev libcli11-dev libwebp-dev
   nlohmann-json3-dev zlib1g-dev fonts-inter)
 packages_for_checking=(
   git python3 libgtest-dev libgmock-dev libbenchmark-dev clang clang-tidy clang-format libclang-rt-14-dev
-  dbus-bin dbus-daemon ccache)
+  dbus-bin dbus-daemon ccache xvfb xdotool libxcb1-dev)
 
 # missing_packages PACKAGE...: those that are not installed, one a line.
 missing_packages() {

@@ -245,8 +245,7 @@ constexpr const char* kDriveHelp =
     "  printf 'open badge\\nslide \"Size\" 1.2\\n' | tallyforge drive --trace -";
 
 void AddDriveCommand(CLI::App& app, Options& options, Command& words) {
-    CLI::App* drive =
-        AddCommand(app, options, "drive", "Run the screens by a script, without a window", "");
+    CLI::App* drive = AddCommand(app, options, "drive", "Run the screens by a script, without a window", "");
     drive->add_option("SCRIPT", words.script, "A file of steps; standard input without one");
     drive->add_option("--trace", words.trace, "Write every effect into this file; - is standard output")
         ->type_name("FILE");
@@ -301,11 +300,11 @@ std::variant<Command, int> ParseCommandLine(int argc, const char* const* argv) {
     Options options(command);
     CLI::App app("Tallyforge: how the badge, the close box and the new dot of app icons look.", "tallyforge");
     app.set_version_flag("--version", "tallyforge " TALLYFORGE_VERSION);
-    app.footer(
-        "Alone, tallyforge draws the preview for phone and tablet into its own folder and prints where the\n"
-        "pictures are. 'tallyforge COMMAND --help' explains a command.\n"
-        "The device is --root, else $TALLYFORGE_ROOT, else one of the program's own in the user's "
-        "data folder.");
+    app.footer("Alone, tallyforge opens the Settings window; without a display it draws pictures of the "
+               "screens into\n"
+               "its own folder and prints where they are. 'tallyforge COMMAND --help' explains a command.\n"
+               "The device is --root, else $TALLYFORGE_ROOT, else one of the program's own in the user's "
+               "data folder.");
     app.formatter(std::make_shared<WordsFormatter>());
     app.require_subcommand(0, 1);
     options.common(&app);

@@ -6,9 +6,10 @@
 #include "cli/SettingsStage.h"
 #include "cli/Trace.h"
 #include "cli/ValueText.h"
+#include "corefoundation/CFPreferences.h"
 #include "coregraphics/Canvas.h"
 #include "device/HostFile.h"
-#include "foundation/Dispatch.h"
+#include "settings/SettingsKeys.h"
 #include "uikit/UIAlertView.h"
 #include "uikit/UIApplication.h"
 #include "uikit/UIPickerView.h"
@@ -39,18 +40,22 @@ struct Step {
     bool is(size_t index, std::string_view word) const { return index < count() && words[index] == word; }
 };
 
+bool isBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\r';
+}
+
 // Words end at blanks; "..." is one word in which \" and \\ stand for themselves; # begins a comment.
 Result<Step> parseStep(const std::string& line) {
     Step step;
     for (size_t i = 0; i < line.size();) {
-        if (line[i] == ' ' || line[i] == '\t' || line[i] == '\r') {
+        if (isBlank(line[i])) {
             ++i;
             continue;
         }
         if (line[i] == '#') break;
         std::string word;
         if (line[i] != '"') {
-            while (i < line.size() && line[i] != ' ' && line[i] != '\t' && line[i] != '\r')
+            while (i < line.size() && !isBlank(line[i]))
                 word += line[i++];
             step.words.push_back(word);
             step.quoted.push_back(false);
@@ -62,6 +67,8 @@ Result<Step> parseStep(const std::string& line) {
         }
         if (i == line.size()) return Error{"a quotation mark is not closed"};
         ++i;
+        if (i < line.size() && !isBlank(line[i]) && line[i] != '#')
+            return Error{"after a closing quotation mark a blank is missing"};
         step.words.push_back(word);
         step.quoted.push_back(true);
     }
@@ -74,6 +81,9 @@ class Driver {
     explicit Driver(const Command& command)
         : command_(command), stage_(command.size, command.scale), screen_(stage_.app()) {}
 
+    void complainOfEmptyScreen() const {
+        if (std::string why = screen_.whyEmpty(); !why.empty()) Complain("drive", why);
+    }
     /// Done, or why the step cannot be done.
     Status run(const Step& step);
 
@@ -100,6 +110,7 @@ class Driver {
 
     void touch(UITouchPhase phase, const CGPoint& point);
     void tapAt(const CGPoint& point);
+    Status screenIsFree() const;
     Result<CGPoint> point(const Step& step, size_t first) const;
 
     const Command& command_;
@@ -134,19 +145,28 @@ Status Driver::run(const Step& step) {
     return Error{"'" + step.words[0] + "' is no step; 'tallyforge drive --help' lists them"};
 }
 
-Status Driver::open(const Step& step) {
+// Whether one may go to another screen.
+Status Driver::screenIsFree() const {
     if (FrontAlertPanel()) return Error{"an alert is in front"};
+    if (stage_.app().window().touching()) return Error{"a finger is still down"};
+    return Done{};
+}
+
+Status Driver::open(const Step& step) {
+    if (auto free = screenIsFree(); !free) return free;
     if (!stage_.app().openPane(step.words[1])) return Error{"there is no pane '" + step.words[1] + "'"};
+    complainOfEmptyScreen();
     return Done{};
 }
 
 Status Driver::back(const Step&) {
-    if (FrontAlertPanel()) return Error{"an alert is in front"};
+    if (auto free = screenIsFree(); !free) return free;
     UINavigationController& navigation = stage_.app().navigation();
     if (navigation.viewControllers().size() < 2) return Error{"this is the first screen"};
     stage_.app().step();
     UIControl* button = navigation.backButton();
-    tapAt(button->convertPointToView({CGRectGetMidX(button->bounds()), CGRectGetMidY(button->bounds())}, nullptr));
+    tapAt(button->convertPointToView({CGRectGetMidX(button->bounds()), CGRectGetMidY(button->bounds())},
+                                     nullptr));
     return Done{};
 }
 
@@ -189,11 +209,14 @@ Status Driver::slide(const Step& step) {
     UISlider* slider = screen_.sliderOf(step.words[1]);
     if (!slider) return Error{"there is no slider '" + step.words[1] + "'"};
     if (*value < double{slider->minimumValue()} - 1e-6 || *value > double{slider->maximumValue()} + 1e-6)
-        return Error{"the slider goes from " + PropertyList::floatNumber(slider->minimumValue()).description() +
-                     " to " + PropertyList::floatNumber(slider->maximumValue()).description()};
+        return Error{"the slider goes from " +
+                     PropertyList::floatNumber(slider->minimumValue()).description() + " to " +
+                     PropertyList::floatNumber(slider->maximumValue()).description()};
 
     auto keptAlive = slider->shared_from_this();
-    auto thumbAt = [&](float at) { return slider->convertPointToView(slider->thumbCentreForValue(at), nullptr); };
+    auto thumbAt = [&](float at) {
+        return slider->convertPointToView(slider->thumbCentreForValue(at), nullptr);
+    };
     if (!stage_.app().window().touching())
         touch(UITouchPhase::began, thumbAt(slider->value()));
     else if (!slider->tracking())
@@ -216,7 +239,8 @@ Status Driver::drag(const Step& step) {
     double seconds = kDragTime;
     if (step.count() == 6) {
         auto given = NumberFromText(step.words[5]);
-        if (!given || *given < 0 || *given > 60) return Error{"'" + step.words[5] + "' is no time from 0 to 60"};
+        if (!given || *given < 0 || *given > 60)
+            return Error{"'" + step.words[5] + "' is no time from 0 to 60"};
         seconds = *given;
     }
     touch(UITouchPhase::began, *from);
@@ -224,7 +248,8 @@ Status Driver::drag(const Step& step) {
     for (int i = 1; i <= steps; ++i) {
         stage_.wait(seconds / steps);
         const double share = static_cast<double>(i) / steps;
-        touch(UITouchPhase::moved, {from->x + (to->x - from->x) * share, from->y + (to->y - from->y) * share});
+        touch(UITouchPhase::moved,
+              {from->x + (to->x - from->x) * share, from->y + (to->y - from->y) * share});
     }
     touch(UITouchPhase::ended, *to);
     return Done{};
@@ -241,7 +266,10 @@ Status Driver::pick(const Step& step) {
     if (!picker) return Error{"no alert with a picker is in front"};
     for (int row = 0; row < picker->numberOfRowsInComponent(0); ++row) {
         if (picker->titleForRow(row) != step.words[1]) continue;
-        picker->selectRowInComponent(row, 0, false);
+        // Row by row, as a key turns it: unlike a program's own choice, it is told to the picker's owner.
+        const int away = row - picker->selectedRowInComponent(0);
+        for (int turned = 0; turned < std::abs(away); ++turned)
+            picker->pressKey(away > 0 ? UIKey::down : UIKey::up);
         return Done{};
     }
     return Error{"the picker has no row '" + step.words[1] + "'"};
@@ -268,7 +296,9 @@ Status Driver::render(const Step& step) {
 
 Status Driver::inspect(const Step& step) {
     using Json = nlohmann::ordered_json;
-    std::string text = screen_.inspect(command_.pad, stage_.time()).dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    std::string text =
+        screen_.inspect(command_.pad, stage_.time()).dump(2, ' ', false, Json::error_handler_t::replace) +
+        "\n";
     if (step.count() == 1) {
         Print(text);
         return Done{};
@@ -287,7 +317,8 @@ int RunDrive(const Command& command) {
     std::istream& script = command.script.empty() ? std::cin : file;
     // Nothing is opened on this machine; whether a program takes an address, the device alone would know.
     UIApplication::sharedApplication().setOpener(
-        {[](const std::string& url) { return url.starts_with("http"); }, [](const std::string&) { return true; }});
+        {[](const std::string& url) { return url.starts_with("http"); },
+         [](const std::string&) { return true; }});
 
     Driver driver(command);
     EffectTrace trace;
@@ -295,6 +326,7 @@ int RunDrive(const Command& command) {
         if (auto opened = trace.open(*command.trace); !opened) return CouldNot("drive", opened.reason());
     }
     WarnOfUnreadableSettings(command);
+    driver.complainOfEmptyScreen();
     std::string line;
     for (int number = 1; std::getline(script, line); ++number) {
         auto step = parseStep(line);
@@ -302,8 +334,12 @@ int RunDrive(const Command& command) {
         if (step && step->count() > 0) done = driver.run(*step);
         if (!done) return CouldNot("drive", "line " + std::to_string(number) + ": " + done.reason());
     }
-    if (script.bad()) return CouldNot("drive", "the script cannot be read");
+    if (script.bad())
+        return CouldNot("drive",
+                        (command.script.empty() ? "standard input" : command.script) + ": it cannot be read");
     if (auto closed = trace.close(); !closed) return CouldNot("drive", closed.reason());
+    if (std::string failure = CFPreferencesSynchronizeFailure(kSettingsDomain); !failure.empty())
+        return CouldNot("drive", CFPreferencesPath(kSettingsDomain) + ": " + failure);
     return FinishOutput("drive");
 }
 

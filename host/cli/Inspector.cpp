@@ -55,7 +55,8 @@ void AddText(Json& json, const UILabel& label) {
 }
 
 void AddControl(Json& json, const UIControl& control) {
-    if (const auto* slider = dynamic_cast<const UISlider*>(&control)) json["value"] = ValueJson(PropertyList::floatNumber(slider->value()));
+    if (const auto* slider = dynamic_cast<const UISlider*>(&control))
+        json["value"] = ValueJson(PropertyList::floatNumber(slider->value()));
     if (const auto* turned = dynamic_cast<const UISwitch*>(&control)) json["on"] = turned->isOn();
     if (const auto* segments = dynamic_cast<const UISegmentedControl*>(&control))
         json["value"] = segments->selectedSegmentIndex();

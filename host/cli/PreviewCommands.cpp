@@ -37,10 +37,15 @@ int NoSuchPane(const Command& command) {
                                         "conditionalthemes");
 }
 
+void WarnOfEmptyScreen(const Command& command, SettingsApp& app) {
+    if (std::string why = Screen(app).whyEmpty(); !why.empty()) Complain(command.name, why);
+}
+
 int WriteScreen(const Command& command, const std::string& file) {
     SettingsStage stage(command.size, command.scale);
     WarnOfUnreadableSettings(command);
     if (!stage.app().openPane(*command.pane)) return NoSuchPane(command);
+    WarnOfEmptyScreen(command, stage.app());
     stage.wait(command.time);
     auto picture = stage.picture();
     if (!picture) return CouldNot(command.name, picture.reason());
@@ -52,6 +57,7 @@ int InspectScreen(const Command& command) {
     SettingsStage stage(command.size, command.scale);
     WarnOfUnreadableSettings(command);
     if (!stage.app().openPane(*command.pane)) return NoSuchPane(command);
+    WarnOfEmptyScreen(command, stage.app());
     stage.wait(command.time);
     Json json = Screen(stage.app()).inspect(command.pad, command.time);
     Print(json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
@@ -104,18 +110,24 @@ int RunPictures(const Command& command) {
 
     struct Picture {
         const char* name;
+        const char* pane; // nullptr: the preview alone, in motion
         UIUserInterfaceIdiom idiom;
-        int (*write)(const Command&, const std::string&);
     };
-    constexpr Picture kPictures[] = {{"preview-phone.png", UIUserInterfaceIdiomPhone, WritePreview},
-                                     {"preview-pad.png", UIUserInterfaceIdiomPad, WritePreview},
-                                     {"preview-phone.webp", UIUserInterfaceIdiomPhone, WriteAnimation}};
+    constexpr Picture kPictures[] = {{"settings.png", "tallyforge", UIUserInterfaceIdiomPhone},
+                                     {"badge.png", "badge", UIUserInterfaceIdiomPhone},
+                                     {"closebox.png", "closebox", UIUserInterfaceIdiomPhone},
+                                     {"newdot.png", "newdot", UIUserInterfaceIdiomPhone},
+                                     {"badge-pad.png", "badge", UIUserInterfaceIdiomPad},
+                                     {"preview.webp", nullptr, UIUserInterfaceIdiomPhone}};
     Command pictures = command;
     pictures.name = "pictures";
     for (const Picture& picture : kPictures) {
         UIDevice::currentDevice().setUserInterfaceIdiom(picture.idiom);
         std::string file = (folder / picture.name).string();
-        if (int status = picture.write(pictures, file); status != kDone) return status;
+        if (picture.pane) pictures.pane = picture.pane;
+        if (int status = picture.pane ? WriteScreen(pictures, file) : WriteAnimation(pictures, file);
+            status != kDone)
+            return status;
         Print(file + "\n");
     }
     return FinishOutput("pictures");

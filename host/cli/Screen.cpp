@@ -22,7 +22,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-template <class View> View* firstBelow(UIView& view) {
+template <class View>
+View* firstBelow(UIView& view) {
     if (auto* found = dynamic_cast<View*>(&view)) return found;
     for (const auto& subview : view.subviews()) {
         if (subview->hidden()) continue;
@@ -31,14 +32,10 @@ template <class View> View* firstBelow(UIView& view) {
     return nullptr;
 }
 
-template <class View> View* enclosing(UIView* view) {
-    for (; view; view = view->superview()) {
-        if (auto* found = dynamic_cast<View*>(view)) return found;
-    }
-    return nullptr;
+CGRect inWindow(const UIView& view) {
+    return view.convertRectToView(view.bounds(), nullptr);
 }
 
-// In the order in which they are read, those at the front first where they lie on each other.
 void collectShowing(UIView& view, const std::string& text, std::vector<UIView*>& found) {
     if (view.hidden()) return;
     if (view.accessibilityLabel() == text) found.push_back(&view);
@@ -46,8 +43,16 @@ void collectShowing(UIView& view, const std::string& text, std::vector<UIView*>&
         collectShowing(*subview, text, found);
 }
 
-CGRect inWindow(const UIView& view) {
-    return view.convertRectToView(view.bounds(), nullptr);
+// In the order in which they are read; a view before what is within it.
+std::vector<UIView*> viewsShowing(UIView& within, const std::string& text) {
+    std::vector<UIView*> found;
+    if (text.empty()) return found;
+    collectShowing(within, text, found);
+    std::stable_sort(found.begin(), found.end(), [](const UIView* a, const UIView* b) {
+        const CGPoint first = inWindow(*a).origin, second = inWindow(*b).origin;
+        return first.y != second.y ? first.y < second.y : first.x < second.x;
+    });
+    return found;
 }
 
 CGPoint middle(const CGRect& rect) {
@@ -65,6 +70,16 @@ std::string accessoryName(UITableViewCell& cell) {
         return "checkmark";
     }
     return "none";
+}
+
+// What is set, or what a choice stands for. Reading a row that keeps no value would take its own from it.
+Json rowValue(PSSpecifier& specifier) {
+    std::optional<PropertyList> value;
+    if (specifier.propertyForKey("key") || specifier.propertyForKey("get"))
+        value = specifier.performGetter();
+    else if (const PropertyList* own = specifier.propertyForKey("value"))
+        value = *own;
+    return value ? ValueJson(*value) : Json(nullptr);
 }
 
 Json alertJson(const AlertPanel& panel) {
@@ -92,24 +107,27 @@ Json alertJson(const AlertPanel& panel) {
 
 } // namespace
 
+std::string Screen::whyEmpty() const {
+    auto* list = dynamic_cast<PSListController*>(&controller());
+    if (!list || !list->specifiers().empty()) return {};
+    return list->bundlePath() + ": no readable list of this screen's rows; it is empty";
+}
+
 UITableView* Screen::table() const {
     return firstBelow<UITableView>(*controller().view());
 }
 
 UIView* Screen::viewShowing(const std::string& text) {
     app_.step();
-    std::vector<UIView*> found;
-    if (auto panel = FrontAlertPanel())
-        collectShowing(*panel, text, found);
-    else
-        collectShowing(app_.window(), text, found);
+    const auto alert = FrontAlertPanel();
+    std::vector<UIView*> found = viewsShowing(alert ? static_cast<UIView&>(*alert) : app_.window(), text);
     // The title in the bar is nothing to touch; where something else shows the same, that is meant.
     auto isInBar = [&](UIView* view) {
-        return !FrontAlertPanel() && middle(inWindow(*view)).y < app_.navigation().contentFrame().origin.y &&
+        return !alert && middle(inWindow(*view)).y < app_.navigation().contentFrame().origin.y &&
                !enclosing<UIControl>(view);
     };
     auto best = std::find_if_not(found.begin(), found.end(), isInBar);
-    if (FrontAlertPanel()) { // a button rather than a word of the question
+    if (alert) { // a button rather than a word of the question
         auto button = std::find_if(found.begin(), found.end(),
                                    [](UIView* view) { return enclosing<UIControl>(view) != nullptr; });
         if (button != found.end()) best = button;
@@ -154,7 +172,8 @@ std::optional<CGPoint> Screen::pointShowing(const std::string& text) {
         const auto& titles = segments->titles();
         auto index = std::find(titles.begin(), titles.end(), text) - titles.begin();
         if (index < static_cast<std::ptrdiff_t>(titles.size()))
-            return segments->convertPointToView(middle(segments->rectForSegment(static_cast<int>(index))), nullptr);
+            return segments->convertPointToView(middle(segments->rectForSegment(static_cast<int>(index))),
+                                                nullptr);
     }
     if (enclosing<UIControl>(view)) return middle(inWindow(*view));
     auto* cell = enclosing<UITableViewCell>(view);
@@ -162,7 +181,8 @@ std::optional<CGPoint> Screen::pointShowing(const std::string& text) {
     // A row is operated by its switch where it has one.
     if (auto* own = dynamic_cast<UISwitch*>(cell->accessoryView().get())) return middle(inWindow(*own));
     const CGRect row = inWindow(*cell);
-    return CGPoint{middle(inWindow(*view)).x, row.size.height > 88 ? middle(inWindow(*view)).y : middle(row).y};
+    return CGPoint{middle(inWindow(*view)).x,
+                   row.size.height > 88 ? middle(inWindow(*view)).y : middle(row).y};
 }
 
 UISlider* Screen::sliderOf(const std::string& row) {
@@ -180,42 +200,48 @@ Json Screen::rows() {
     // All rows get their cells when the table is as high as what it shows.
     const CGRect frame = shown->frame();
     const CGPoint offset = shown->contentOffset();
-    shown->setFrame({frame.origin, {frame.size.width, std::max(frame.size.height, shown->contentSize().height)}});
+    const CGFloat everything = std::max(frame.size.height, offset.y + shown->contentSize().height);
+    shown->setFrame({frame.origin, {frame.size.width, everything}});
+    shown->setContentOffset({0, std::min(offset.y, shown->minimumOffset())});
     app_.window().layoutIfNeeded();
-    shown->setContentOffset({0, shown->minimumOffset()});
-    auto* list = dynamic_cast<PSListController*>(&controller());
     for (int section = 0; section < shown->numberOfSections(); ++section) {
-        for (int row = 0; row < shown->numberOfRowsInSection(section); ++row) {
-            auto cell = shown->cellForRowAtIndexPath({section, row});
-            if (!cell) continue;
-            auto specifier = list ? list->specifierAtIndexPath({section, row}) : nullptr;
-            auto* own = dynamic_cast<PSTableCell*>(cell.get());
-            Json entry;
-            entry["section"] = section;
-            entry["row"] = row;
-            entry["header"] = shown->titleForHeaderInSection(section);
-            entry["title"] = cell->titleText();
-            entry["detail"] = cell->detailText();
-            entry["id"] = specifier ? specifier->identifier() : std::string();
-            entry["cell"] = cell->className();
-            entry["value"] = nullptr;
-            if (auto value = specifier ? specifier->performGetter() : std::nullopt)
-                entry["value"] = ValueJson(*value);
-            else if (auto* turned = dynamic_cast<UISwitch*>(cell->accessoryView().get()))
-                entry["value"] = turned->isOn();
-            entry["enabled"] = own ? own->cellEnabled() : cell->userInteractionEnabled();
-            entry["accessory"] = accessoryName(*cell);
-            CGRect place = shown->rectForRowAtIndexPath({section, row});
-            place.origin.x += frame.origin.x;
-            place.origin.y += frame.origin.y - offset.y;
-            entry["frame"] = InspectRect(place);
-            rows.push_back(std::move(entry));
-        }
+        for (int row = 0; row < shown->numberOfRowsInSection(section); ++row)
+            rows.push_back(rowJson(*shown, {section, row}));
     }
-    shown->setFrame(frame);
+    // First the place, so that no row that is on the screen loses its cell.
     shown->setContentOffset(offset);
+    shown->setFrame(frame);
+    shown->setNeedsLayout();
     app_.step();
+    for (Json& row : rows)
+        row["frame"] = InspectRect(shown->convertRectToView(
+            shown->rectForRowAtIndexPath({row["section"].get<int>(), row["row"].get<int>()}), nullptr));
     return rows;
+}
+
+// Everything of a row but where it is.
+Json Screen::rowJson(UITableView& shown, NSIndexPath path) {
+    auto* list = dynamic_cast<PSListController*>(&controller());
+    auto cell = shown.cellForRowAtIndexPath(path);
+    auto specifier = list ? list->specifierAtIndexPath(path) : nullptr;
+    auto* own = dynamic_cast<PSTableCell*>(cell.get());
+    Json entry;
+    entry["section"] = path.section;
+    entry["row"] = path.row;
+    entry["header"] = shown.titleForHeaderInSection(path.section);
+    entry["title"] = cell ? cell->titleText() : std::string();
+    entry["detail"] = cell ? cell->detailText() : std::string();
+    entry["id"] = specifier ? specifier->identifier() : std::string();
+    entry["cell"] = cell ? Json(cell->className()) : Json(nullptr);
+    entry["value"] = specifier ? rowValue(*specifier) : Json(nullptr);
+    if (cell && !specifier) {
+        if (auto* turned = dynamic_cast<UISwitch*>(cell->accessoryView().get()))
+            entry["value"] = turned->isOn();
+    }
+    entry["enabled"] = own ? own->cellEnabled() : cell && cell->userInteractionEnabled();
+    entry["accessory"] = cell ? accessoryName(*cell) : "none";
+    entry["frame"] = nullptr;
+    return entry;
 }
 
 Json Screen::inspect(bool pad, double time) {

@@ -22,6 +22,9 @@ class Screen {
     /// The table of the screen in front, or nullptr.
     UITableView* table() const;
 
+    /// Why the screen is empty, when the device has no readable list of its rows; empty when it has rows.
+    std::string whyEmpty() const;
+
     /// Where to touch what shows the text, in the window; the alert in front counts alone. Scrolls to it
     /// where need be. Nothing when it is nowhere.
     std::optional<CGPoint> pointShowing(const std::string& text);
@@ -37,6 +40,7 @@ class Screen {
     UIView* viewShowing(const std::string& text);
     UIView* findScrolling(const std::string& text);
     nlohmann::ordered_json rows();
+    nlohmann::ordered_json rowJson(UITableView& shown, NSIndexPath path);
 
     SettingsApp& app_;
 };

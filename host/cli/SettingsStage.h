@@ -11,15 +11,15 @@
 
 namespace tallyforge {
 
-/// The Settings app on a virtual clock that begins at 0 and moves only when it is told to. Screens come and go
-/// at once.
+/// The Settings app on a virtual clock that begins at 0 and moves only when it is told to. Screens come and
+/// go at once.
 class SettingsStage {
   public:
     /// The screen's size is the idiom's unless one is given.
     SettingsStage(const std::optional<CGSize>& screen, double scale);
     ~SettingsStage();
 
-    SettingsApp& app() { return *app_; }
+    SettingsApp& app() const { return *app_; }
     /// Lets the clock run, frame by frame where something moves.
     void wait(double seconds);
     double time() const;

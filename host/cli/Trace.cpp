@@ -52,12 +52,11 @@ Status EffectTrace::open(const std::string& file) {
     out_ = file == "-" ? stdout : std::fopen(file.c_str(), "we");
     if (!out_) return Error{file + ": " + std::strerror(errno)};
 
-    CFPreferencesSetTrace(
-        {[this](std::string_view domain, std::string_view key, const PropertyList* value) {
-             note("set " + std::string(domain) + " " + std::string(key) + " " +
-                  (value ? valueText(*value) : "(removed)"));
-         },
-         [this](std::string_view domain) { note("synchronize " + std::string(domain)); }});
+    CFPreferencesSetTrace({[this](std::string_view domain, std::string_view key, const PropertyList* value) {
+                               note("set " + std::string(domain) + " " + std::string(key) + " " +
+                                    (value ? valueText(*value) : "(removed)"));
+                           },
+                           [this](std::string_view domain) { note("synchronize " + std::string(domain)); }});
     NSUserDefaults::standardUserDefaults().setTrace([this] { note("synchronize-defaults"); });
     NSNotificationCenter::defaultCenter().setTrace(
         [this](std::string_view name) { note("post " + std::string(name)); });

@@ -4,9 +4,16 @@
 #include "cli/Device.h"
 #include "cli/Drive.h"
 #include "cli/PreviewCommands.h"
+#include "cli/Report.h"
 #include "coregraphics/Canvas.h"
+#include "device/DeviceLocation.h"
 #include "mobileservices/UIAssetManager.h"
+#include "preferences/PSListController.h"
 #include "rastergraphics/RasterGraphics.h"
+#include "window/Display.h"
+#include "window/RunWindow.h"
+
+#include <utility>
 
 int main(int argc, char** argv) {
     using namespace tallyforge;
@@ -16,10 +23,14 @@ int main(int argc, char** argv) {
     if (auto status = OpenDeviceFor(command)) return *status;
     Graphics::install(MakeRasterGraphics());
     RegisterMobileServices();
+    PSListController::setSpareLists(StockFile);
 
     if (command.name == "render") return RunRender(command);
     if (command.name == "animate") return RunAnimate(command);
     if (command.name == "inspect") return RunInspect(command);
     if (command.name == "drive") return RunDrive(command);
+    auto display = FindDisplay();
+    if (display) return RunWindow({command.pad, std::move(*display)});
+    Complain("no window", display.reason() + "; pictures of the screens instead");
     return RunPictures(command);
 }

@@ -25,11 +25,19 @@ std::string classNameOfPane(const std::string& pane) {
 }
 
 Dictionary domainNow() {
-    auto keys =
-        CFPreferencesCopyKeyList(kSettingsDomain, kCFPreferencesCurrentUser, kCFPreferencesAnyHost);
+    auto keys = CFPreferencesCopyKeyList(kSettingsDomain, kCFPreferencesCurrentUser, kCFPreferencesAnyHost);
     if (!keys) return {};
     return CFPreferencesCopyMultiple(*keys, kSettingsDomain, kCFPreferencesCurrentUser,
                                      kCFPreferencesAnyHost);
+}
+
+// Whether the row shows another value than the settings hold.
+bool showsOtherThan(const Dictionary& settings, const PSSpecifier& row) {
+    if (row.textForKey("defaults") != kSettingsDomain) return false;
+    const PropertyList* shown = row.propertyForKey("value");
+    const PropertyList* held = settings.objectForKey(row.textForKey("key"));
+    if (!held) held = row.propertyForKey("default");
+    return shown && held ? !(*shown == *held) : shown != held;
 }
 
 // The screens from the root to the one of that class, by the shortest way of link rows; empty without one.
@@ -71,8 +79,10 @@ SettingsApp::SettingsApp() {
     navigation_ = std::make_shared<UINavigationController>(std::move(root));
     window_->setRootViewController(navigation_);
     seen_ = domainNow();
-    ownChanges_ = NSNotificationCenter::defaultCenter().addObserver(kReloadPreviewNotification,
-                                                                    [this] { seen_ = domainNow(); });
+    ownChanges_ = NSNotificationCenter::defaultCenter().addObserver(kReloadPreviewNotification, [this] {
+        seen_ = domainNow();
+        followRows();
+    });
     step();
 }
 
@@ -97,19 +107,46 @@ bool SettingsApp::animating() const {
 bool SettingsApp::openPane(const std::string& name) {
     const std::string wanted = classNameOfPane(name);
     if (navigation_->topViewController()->className() == wanted) return true;
-    Stack way = wayTo(wanted, navigation_->viewControllers().front());
-    if (way.empty()) return false;
+    const auto& root = navigation_->viewControllers().front();
+    Stack way = wayTo(wanted, root);
+    if (way.empty()) { // no row leads there where the device's lists cannot be read
+        const ObjCClass* cls = NSClassFromString(wanted);
+        auto screen = cls ? std::dynamic_pointer_cast<UIViewController>(cls->alloc()) : nullptr;
+        if (!screen) return false;
+        way = {root, std::move(screen)};
+    }
     navigation_->setViewControllers(std::move(way));
     step();
     return true;
 }
 
+// A change of our own brings along what others have written meanwhile; rows that show something else than the
+// settings are shown again.
+void SettingsApp::followRows() {
+    auto* screen = dynamic_cast<PSListController*>(navigation_->topViewController().get());
+    if (!screen || !screen->table()) return;
+    for (NSIndexPath path : screen->table()->indexPathsForVisibleRows()) {
+        PSSpecifierRef row = screen->specifierAtIndexPath(path);
+        // A list of choices shows the setting of the row that it was opened from.
+        bool choice = row && !row->propertyForKey("key") && screen->specifier();
+        if (!row || !showsOtherThan(seen_, choice ? *screen->specifier() : *row)) continue;
+        screen->refreshRows();
+        return;
+    }
+}
+
+void SettingsApp::screenScaleChanged() {
+    for (const auto& screen : navigation_->viewControllers()) {
+        if (!screen->isViewLoaded()) continue;
+        if (auto* table = dynamic_cast<UITableView*>(screen->view().get())) table->remakeCells();
+    }
+    navigation_->updateBar();
+    step();
+}
+
 void SettingsApp::settingsChangedOutside() {
     Dictionary now = domainNow();
     if (now == seen_) return;
-    seen_ = std::move(now);
-    if (auto* screen = dynamic_cast<PSListController*>(navigation_->topViewController().get()))
-        screen->refreshRows();
     NSNotificationCenter::defaultCenter().postNotificationName(kReloadPreviewNotification);
 }
 

@@ -32,14 +32,19 @@ class SettingsApp {
     bool animating() const;
 
     /// From the root to the screen of that name ("badge", "tallyforge"), by way of the rows that lead there.
-    /// False when there is none.
+    /// False when there is none. A screen that no row leads to comes right after the root.
     bool openPane(const std::string& name);
+
+    /// Makes anew what was made for another scale of the screen.
+    void screenScaleChanged();
 
     /// Reads the settings again after another process has changed them, and shows them. Nothing happens when
     /// nothing has changed.
     void settingsChangedOutside();
 
   private:
+    void followRows();
+
     std::shared_ptr<UIWindow> window_;
     std::shared_ptr<UINavigationController> navigation_;
     Dictionary seen_; // the domain as the screens show it

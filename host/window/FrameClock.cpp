@@ -42,7 +42,8 @@ void FrameClock::followMainQueue() {
     if (!next) return jobTimer_.stop();
     if (jobTimer_.isActive() && jobAt_ == *next) return;
     jobAt_ = *next;
-    const int64_t wait = (std::max<int64_t>(*next - clock_.nanoseconds(), 0) + kMillisecond - 1) / kMillisecond;
+    const int64_t wait =
+        (std::max<int64_t>(*next - clock_.nanoseconds(), 0) + kMillisecond - 1) / kMillisecond;
     jobTimer_.start(int(std::min(wait, kLongestWait)));
 }
 

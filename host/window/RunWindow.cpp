@@ -15,6 +15,9 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <string>
 
 namespace tallyforge {
 
@@ -25,6 +28,12 @@ namespace {
 void keepToolkitSmall() {
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORMTHEME")) qputenv("QT_QPA_PLATFORMTHEME", "generic");
     if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION")) qputenv("QT_XCB_GL_INTEGRATION", "none");
+}
+
+/// What the toolkit remarks on its surroundings is of no use to anyone here; what it cannot go on without is.
+void sayOnlyWhatCounts(QtMsgType type, const QMessageLogContext&, const QString& message) {
+    if (type == QtCriticalMsg || type == QtFatalMsg)
+        std::fprintf(stderr, "tallyforge: window: %s\n", message.toLocal8Bit().constData());
 }
 
 /// The screen at one unit a point, smaller where the display has no room for it.
@@ -40,13 +49,14 @@ QSize firstSize(const CGSize& points) {
 
 } // namespace
 
-int RunWindow(const WindowOptions& options) {
+int RunWindow(WindowOptions options) {
     keepToolkitSmall();
-    std::string platform = options.platform;
-    std::string words[] = {"tallyforge", "-platform", platform};
+    qInstallMessageHandler(sayOnlyWhatCounts);
+    std::string words[] = {"tallyforge", "-platform", options.display.platform};
     char* arguments[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
-    int count = qEnvironmentVariableIsSet("QT_QPA_PLATFORM") ? 1 : 3;
+    int count = qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") ? 3 : 1;
     QGuiApplication application(count, arguments);
+    options.display.connection.reset();
     QGuiApplication::setApplicationName(QStringLiteral("tallyforge"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Tallyforge"));
     QGuiApplication::setDesktopFileName(QStringLiteral("tallyforge"));

@@ -28,7 +28,8 @@ bool ScreenPicture::fit() {
     if (size_ == size && density_ == density) return false;
     size_ = size;
     density_ = density;
-    const CGFloat width = std::max(1.0, size.width() * density), height = std::max(1.0, size.height() * density);
+    const CGFloat width = std::max(1.0, size.width() * density),
+                  height = std::max(1.0, size.height() * density);
     scale_ = std::min(width / points_.width, height / points_.height);
     const int across = pixels(points_.width * scale_), down = pixels(points_.height * scale_);
     place_ = QRect(int((width - across) / 2), int((height - down) / 2), across, down);
@@ -62,8 +63,9 @@ void ScreenPicture::show(const std::vector<CGRect>& areas) {
         region = QRect(QPoint(), size_);
     } else {
         for (const CGRect& area : areas) {
-            const QRectF units((area.origin.x + place_.x()) / density_, (area.origin.y + place_.y()) / density_,
-                               area.size.width / density_, area.size.height / density_);
+            const QRectF units((area.origin.x + place_.x()) / density_,
+                               (area.origin.y + place_.y()) / density_, area.size.width / density_,
+                               area.size.height / density_);
             region += units.toAlignedRect();
         }
     }
@@ -82,7 +84,8 @@ void ScreenPicture::show(const std::vector<CGRect>& areas) {
                                      .toAlignedRect();
             const QRect seen = target & place_;
             if (seen != target) painter.fillRect(target, kAroundTheScreen);
-            if (!seen.isEmpty()) painter.drawImage(seen.topLeft(), screen, seen.translated(-place_.topLeft()));
+            if (!seen.isEmpty())
+                painter.drawImage(seen.topLeft(), screen, seen.translated(-place_.topLeft()));
         }
     }
     store_.endPaint();

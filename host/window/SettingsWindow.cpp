@@ -1,7 +1,6 @@
 #include "window/SettingsWindow.h"
 
 #include "foundation/Dispatch.h"
-#include "foundation/NSNotificationCenter.h"
 #include "quartzcore/CADisplayLink.h"
 #include "quartzcore/Presentation.h"
 #include "settings/Settings.h"
@@ -28,6 +27,12 @@ namespace {
 /// What a notch of a wheel moves, in points: about a row and a half.
 constexpr double kNotch = 60;
 constexpr double kNotchUnits = 120;
+
+void layOutAgain(UIView& view) {
+    view.setNeedsLayout();
+    for (const auto& subview : view.subviews())
+        layOutAgain(*subview);
+}
 
 } // namespace
 
@@ -88,14 +93,15 @@ void SettingsWindow::frame() {
     settle();
 }
 
-// Images are made for one scale: those of the preview are made anew for another.
+// Hairlines are as wide as a pixel, and images are chosen or made for one scale.
 void SettingsWindow::refit() {
     if (!picture_.fit()) return;
     if (const QScreen* const display = screen()) frames_.setFramesPerSecond(display->refreshRate());
     UIScreen& device = UIScreen::mainScreen();
     if (device.scale() == picture_.scale()) return;
     device.setScale(picture_.scale());
-    NSNotificationCenter::defaultCenter().postNotificationName(kReloadPreviewNotification);
+    layOutAgain(app_.window());
+    app_.screenScaleChanged();
 }
 
 void SettingsWindow::exposeEvent(QExposeEvent*) {
@@ -245,8 +251,8 @@ void SettingsWindow::answerInputMethod(QInputMethodQueryEvent& event) const {
     if (field && (asked & Qt::ImCursorRectangle))
         event.setValue(Qt::ImCursorRectangle, picture_.rectInWindow(field->caretRectInWindow()));
     if (field && (asked & (Qt::ImCursorPosition | Qt::ImAnchorPosition))) {
-        const auto before =
-            QString::fromUtf8(field->text().data(), qsizetype(std::min(field->caret(), field->text().size())));
+        const auto before = QString::fromUtf8(field->text().data(),
+                                              qsizetype(std::min(field->caret(), field->text().size())));
         event.setValue(Qt::ImCursorPosition, before.size());
         event.setValue(Qt::ImAnchorPosition, before.size());
     }

@@ -2,6 +2,7 @@
 
 #include "foundation/Clock.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -23,6 +24,8 @@ class MainQueue {
     void after(int64_t atNanoseconds, std::function<void()> job);
     /// When the next job is due, or nothing when none waits.
     std::optional<int64_t> nextDeadline() const;
+    /// How many jobs wait.
+    size_t waiting() const { return jobs_.size(); }
     /// Runs what is due by the clock's present time; jobs queued meanwhile run too if they are due.
     void runDue();
     /// Moves the virtual clock from deadline to deadline up to the time and runs each job at its own time.

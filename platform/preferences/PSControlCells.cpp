@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 
 namespace tallyforge {
 
@@ -14,14 +15,29 @@ constexpr CGFloat kSliderRowHeight = 72;
 constexpr CGFloat kSliderTop = 35; // of the slider in its row, below title and value
 constexpr CGFloat kSliderHeight = 31;
 constexpr CGFloat kSegmentHeight = 29;
+constexpr CGFloat kTitleToSegments = 12;
 constexpr CGFloat kTitleRow = 40; // the height in which title and value of a slider are centred
 
-std::string withoutTrailingZeros(std::string text) {
-    if (text.find('.') == std::string::npos) return text;
-    while (text.back() == '0')
-        text.pop_back();
-    if (text.back() == '.') text.pop_back();
+constexpr CGFloat kGap = 8;                 // between title and value
+constexpr CGFloat kUntitledValueWidth = 64; // the same whatever the value, so that the track stands still
+
+// The number without zeros at its end; nought has no sign.
+std::string shortened(std::string text) {
+    if (text.find('.') != std::string::npos) {
+        text.erase(text.find_last_not_of('0') + 1);
+        if (text.back() == '.') text.pop_back();
+    }
     return text == "-0" ? "0" : text;
+}
+
+// The row's number, where it is one that a slider can have.
+float finiteNumber(const PSSpecifier& specifier, std::string_view key, float otherwise) {
+    const double number = specifier.numberForKey(key, otherwise);
+    return std::abs(number) <= std::numeric_limits<float>::max() ? static_cast<float>(number) : otherwise;
+}
+
+CGFloat widthOf(const std::string& text, const UIFont& font) {
+    return std::ceil(NSStringBoundingSize(text, {10000, 44}, font).width);
 }
 
 } // namespace
@@ -63,7 +79,7 @@ bool PSSliderTableCell::initWithStyleReuseIdentifierSpecifier(int style, std::st
     slider_ = std::make_shared<UISlider>();
     slider_->addTargetForControlEvents(
         [this](UIControl&) {
-            valueLabel_->setText(valueText(slider_->value()));
+            showValue(slider_->value());
             if (auto row = this->specifier()) row->performSetter(PropertyList::floatNumber(slider_->value()));
         },
         UIControlEventValueChanged);
@@ -79,20 +95,27 @@ bool PSSliderTableCell::initWithStyleReuseIdentifierSpecifier(int style, std::st
 void PSSliderTableCell::refreshCellContents() {
     PSTableCell::refreshCellContents();
     if (!specifier()) return;
-    slider_->setMinimumValue(static_cast<float>(specifier()->numberForKey("min", 0)));
-    slider_->setMaximumValue(static_cast<float>(specifier()->numberForKey("max", 1)));
+    slider_->setMinimumValue(finiteNumber(*specifier(), "min", 0));
+    slider_->setMaximumValue(finiteNumber(*specifier(), "max", 1));
     slider_->setContinuous(specifier()->flagForKey("isContinuous", true));
-    slider_->setKeyStep(static_cast<float>(specifier()->numberForKey("step", 0)));
-    auto value = specifier()->performGetter();
-    // While the thumb is held the finger says what the value is.
-    if (!slider_->tracking()) slider_->setValue(value ? value->floatValue() : slider_->minimumValue());
+    slider_->setKeyStep(finiteNumber(*specifier(), "step", 0));
     valueLabel_->setHidden(!specifier()->flagForKey("showValue", true));
-    valueLabel_->setText(valueText(slider_->tracking() || !value ? slider_->value() : value->floatValue()));
+    // While the thumb is held the finger says what the value is.
+    const auto kept = specifier()->performGetter();
+    if (!slider_->tracking()) slider_->setValue(kept ? kept->floatValue() : slider_->minimumValue());
+    const bool shown = kept && !slider_->tracking() && std::isfinite(kept->floatValue());
+    showValue(shown ? kept->floatValue() : slider_->value());
+}
+
+void PSSliderTableCell::showValue(float value) {
+    valueLabel_->setText(valueText(value));
+    setNeedsLayout(); // a longer text takes more room
 }
 
 void PSSliderTableCell::setCellEnabled(bool enabled) {
     PSTableCell::setCellEnabled(enabled);
     slider_->setEnabled(enabled);
+    valueLabel_->setAlpha(enabled ? 1 : kDisabledAlpha);
 }
 
 std::optional<CGFloat> PSSliderTableCell::preferredHeight(CGFloat) {
@@ -104,23 +127,22 @@ std::string PSSliderTableCell::valueText(float value) const {
     const int digits = range > 50 ? 0 : range > 20 ? 1 : 2;
     std::array<char, 64> text{};
     std::snprintf(text.data(), text.size(), "%.*f", digits, static_cast<double>(value));
-    return withoutTrailingZeros(text.data()) + (specifier() ? specifier()->textForKey("unit") : std::string());
+    return shortened(text.data()) + (specifier() ? specifier()->textForKey("unit") : std::string());
 }
 
 void PSSliderTableCell::layoutSubviews() {
     PSTableCell::layoutSubviews();
     const CGSize size = contentView()->bounds().size;
-    const bool titled = !titleText().empty();
     const CGFloat room = size.width - 2 * kInset;
-    const CGFloat valueWidth =
-        std::min(room / 2, std::ceil(NSStringBoundingSize(valueLabel_->text(), {10000, 44}, valueLabel_->font()).width) + 1);
-    if (titled) {
-        textLabel().setFrame(CGRectMake(kInset, 0, room - valueWidth - 8, kTitleRow));
-        valueLabel_->setFrame(CGRectMake(size.width - kInset - valueWidth, 0, valueWidth, kTitleRow));
+    const bool shows = !valueLabel_->hidden();
+    if (!titleText().empty()) {
+        const CGFloat value =
+            shows ? std::min(room / 2, widthOf(valueLabel_->text(), valueLabel_->font()) + 1) : 0;
+        titleLabel()->setFrame(CGRectMake(kInset, 0, room - value - (shows ? kGap : 0), kTitleRow));
+        valueLabel_->setFrame(CGRectMake(size.width - kInset - value, 0, value, kTitleRow));
         slider_->setFrame(CGRectMake(kInset, kSliderTop, room, kSliderHeight));
     } else {
-        const bool shows = !valueLabel_->hidden();
-        const CGFloat taken = shows ? 64 : 0; // the same whatever the value, so that the track stands still
+        const CGFloat taken = shows ? kUntitledValueWidth : 0;
         slider_->setFrame(CGRectMake(kInset, (size.height - kSliderHeight) / 2, room - taken, kSliderHeight));
         valueLabel_->setFrame(CGRectMake(size.width - kInset - taken, 0, taken, size.height));
     }
@@ -172,11 +194,12 @@ void PSSegmentTableCell::layoutSubviews() {
     const CGSize size = contentView()->bounds().size;
     CGFloat left = kInset;
     if (!titleText().empty()) {
-        CGFloat title = std::min(size.width / 2, std::ceil(NSStringBoundingSize(titleText(), {10000, 44}, textLabel().font()).width));
-        textLabel().setFrame(CGRectMake(kInset, 0, title, size.height));
-        left += title + 12;
+        const CGFloat title = std::min(size.width / 2, widthOf(titleText(), titleLabel()->font()));
+        titleLabel()->setFrame(CGRectMake(kInset, 0, title, size.height));
+        left += title + kTitleToSegments;
     }
-    segments_->setFrame(CGRectMake(left, (size.height - kSegmentHeight) / 2, size.width - left - kInset, kSegmentHeight));
+    segments_->setFrame(CGRectMake(left, (size.height - kSegmentHeight) / 2,
+                                   std::max<CGFloat>(0, size.width - left - kInset), kSegmentHeight));
 }
 
 } // namespace tallyforge

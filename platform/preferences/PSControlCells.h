@@ -40,6 +40,8 @@ class PSSliderTableCell : public PSTableCell {
     std::string valueText(float value) const;
 
   private:
+    void showValue(float value);
+
     std::shared_ptr<UISlider> slider_;
     std::shared_ptr<UILabel> valueLabel_;
 };

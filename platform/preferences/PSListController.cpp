@@ -129,10 +129,11 @@ void PSListController::setPreferenceValueSpecifier(const PropertyList& value,
     const std::string* key = TextProperty(specifier, "key");
     if (!domain || !key) return;
     CFPreferencesSetAppValue(*key, value, *domain);
-    CFPreferencesAppSynchronize(*domain);
-    if (const std::string* notification = TextProperty(specifier, "PostNotification"))
+    if (const std::string* notification = TextProperty(specifier, "PostNotification")) {
+        CFPreferencesAppSynchronize(*domain); // whoever hears of it reads the file
         CFNotificationCenterPostNotification(CFNotificationCenterGetDarwinNotifyCenter(), *notification,
                                              nullptr, nullptr, true);
+    }
     specifier->setPropertyForKey(value, "value");
 }
 

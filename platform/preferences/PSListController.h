@@ -16,6 +16,9 @@ namespace tallyforge {
 
 class PSTableCell;
 
+/// A table as large as the screen, as settings screens have it: on a tablet its rows stand in a column.
+std::shared_ptr<UITableView> PSMakeTable();
+
 /// A settings screen: a table of rows, each made for a specifier, whose values live in preference domains.
 /// Until it is shown it has no table; writing and reading values needs none.
 class PSListController : public PSViewController, public UITableViewDataSource, public UITableViewDelegate {
@@ -40,9 +43,10 @@ class PSListController : public PSViewController, public UITableViewDataSource, 
 
     /// The row whose "id" this is (or, where a row has no "id", its "key"); nullptr without one.
     PSSpecifierRef specifierForID(std::string_view identifier);
-    /// Writes the value into the row's "defaults" domain under its "key", durably; posts the row's
-    /// "PostNotification" system-wide where it has one. A row without domain or key keeps nothing; nor does
-    /// no row. The row's "value" property becomes the value.
+    /// Writes the value into the row's "defaults" domain under its "key"; it is in the file after the next
+    /// synchronise. Posts the row's "PostNotification" system-wide where it has one, after a synchronise. A
+    /// row without domain or key keeps nothing; nor does no row. The row's "value" property becomes the
+    /// value.
     void setPreferenceValueSpecifier(const PropertyList& value, const PSSpecifierRef& specifier);
     /// The row's value: what its domain holds, else its "default"; nothing without either.
     std::optional<PropertyList> readPreferenceValue(const PSSpecifierRef& specifier);

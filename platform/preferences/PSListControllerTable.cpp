@@ -39,16 +39,24 @@ bool opensScreen(const PSSpecifier& specifier) {
 } // namespace
 
 PSListController::~PSListController() {
+    for (const PSSpecifierRef& specifier : specifiers_) {
+        if (specifier->target() == this) specifier->setTarget(nullptr); // others may keep the row
+    }
     if (!table_) return;
     table_->setDataSource(nullptr);
     table_->setDelegate(nullptr);
 }
 
+std::shared_ptr<UITableView> PSMakeTable() {
+    const CGSize screen = UIScreen::mainScreen().size();
+    auto table = std::make_shared<UITableView>(CGRect{{0, 0}, screen});
+    if (UIDevice::currentDevice().isPad())
+        table->setSideMargin(std::max(0.0, (screen.width - kPadColumn) / 2));
+    return table;
+}
+
 void PSListController::loadView() {
-    auto content = CGRect{{0, 0}, UIScreen::mainScreen().size()};
-    table_ = std::make_shared<UITableView>(content);
-    table_->setSideMargin(std::max(0.0, (content.size.width - kPadColumn) / 2));
-    if (!UIDevice::currentDevice().isPad()) table_->setSideMargin(0);
+    table_ = PSMakeTable();
     table_->setDataSource(this);
     table_->setDelegate(this);
     setView(table_);
@@ -133,6 +141,10 @@ std::shared_ptr<UITableViewCell> PSListController::tableViewCellForRowAtIndexPat
     const std::string identifier = reuseIdentifierFor(*specifier);
     auto cell = std::dynamic_pointer_cast<PSTableCell>(table.dequeueReusableCellWithIdentifier(identifier));
     if (cell) {
+        if (const auto& former = cell->specifier(); former && former->objectForKey("cellObject") == cell) {
+            former->setObjectForKey({}, "cellObject");
+            former->setObjectForKey({}, "control");
+        }
         cell->setSpecifier(specifier);
     } else {
         cell = makeOwnCell(*specifier);
@@ -143,8 +155,7 @@ std::shared_ptr<UITableViewCell> PSListController::tableViewCellForRowAtIndexPat
     specifier->setObjectForKey(cell, "cellObject");
     if (UIView* control = cell->control()) specifier->setObjectForKey(control->weak_from_this(), "control");
     cell->refreshCellContents();
-    if (opensScreen(*specifier) && !NSClassFromString(specifier->textForKey("detail")))
-        cell->setCellEnabled(false); // there is no such screen
+    cell->setNeedsLayout();
     return cell;
 }
 
@@ -153,8 +164,7 @@ CGFloat PSListController::tableViewHeightForRowAtIndexPath(UITableView& table, N
     if (!specifier) return table.rowHeight();
     if (double height = specifier->numberForKey("height", 0); height > 0 && height <= 2000) return height;
     if (specifier->cellKind() == "PSSliderCell") {
-        auto visible = table.cellForRowAtIndexPath(path);
-        auto cell = visible ? std::dynamic_pointer_cast<PSTableCell>(visible) : makeOwnCell(*specifier);
+        const auto cell = makeOwnCell(*specifier); // only to ask it
         cell->setSpecifier(specifier);
         if (auto height = cell->preferredHeight(table.bounds().size.width)) return *height;
     }
@@ -175,6 +185,7 @@ bool PSListController::tableViewShouldHighlightRowAtIndexPath(UITableView& table
 void PSListController::tableViewDidSelectRowAtIndexPath(UITableView& table, NSIndexPath path) {
     auto specifier = specifierAtIndexPath(path);
     if (!specifier) return;
+    const auto self = weak_from_this().lock(); // the row may lead to another screen
     if (opensScreen(*specifier)) {
         auto controller = controllerForSpecifier(specifier);
         if (controller && navigationController())

@@ -1,5 +1,7 @@
 #include "preferences/PSSpecifier.h"
 
+#include "corefoundation/NSUserDefaults.h"
+
 #include <algorithm>
 
 namespace tallyforge {
@@ -74,9 +76,11 @@ std::optional<PropertyList> PSSpecifier::performGetter() {
 
 void PSSpecifier::performSetter(const PropertyList& value) {
     if (!target_) return;
-    std::string setter = textForKey("set");
+    const std::string setter = textForKey("set");
     PerformSelector(*target_, setter.empty() ? "setPreferenceValue:specifier:" : setter,
                     {&value, self_.lock()});
+    // A row with a setter of its own leaves it to that one when to save.
+    if (setter.empty()) NSUserDefaults::standardUserDefaults().synchronize();
 }
 
 } // namespace tallyforge

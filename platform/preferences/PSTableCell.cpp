@@ -1,14 +1,13 @@
 #include "preferences/PSTableCell.h"
 
 #include "preferences/PSListController.h"
+#include "uikit/UIDevice.h"
 #include "uikit/UIImageView.h"
 #include "uikit/UILabel.h"
 
 namespace tallyforge {
 
 namespace {
-
-constexpr CGFloat kDisabledAlpha = 0.4; // of the texts of a row that cannot be operated
 
 const UIColor& buttonColor() {
     static const UIColor blue = UIColor::colorWithRed(0, 122.0 / 255, 1, 1);
@@ -50,22 +49,35 @@ void PSTableCell::refreshCellContents() {
     if (!title.empty() || !titleText().empty()) textLabel().setText(title);
 
     const bool links = kind == "PSLinkCell" || kind == "PSLinkListCell";
-    setAccessoryType(links ? UITableViewCellAccessoryType::disclosureIndicator
-                           : UITableViewCellAccessoryType::none);
-    if (kind == "PSLinkListCell" || kind == "PSTitleValueCell") detailTextLabel().setText(valueTitle(*specifier_));
+    if (kind != "PSListItemCell") // a choice's checkmark is set by its list
+        setAccessoryType(links ? UITableViewCellAccessoryType::disclosureIndicator
+                               : UITableViewCellAccessoryType::none);
+    if (kind == "PSLinkListCell" || kind == "PSTitleValueCell")
+        detailTextLabel().setText(valueTitle(*specifier_));
     if (kind == "PSButtonCell")
         textLabel().setTextColor(specifier_->flagForKey("destructive", false) ? destructiveColor()
                                                                               : buttonColor());
-    if (std::string icon = specifier_->textForKey("icon"); !icon.empty())
-        imageView().setImage(UIImage::imageWithContentsOfFile(bundlePathOf(*specifier_) + icon));
-    setCellEnabled(specifier_->flagForKey("enabled", true));
+    showIcon();
+    const bool leadsNowhere = links && !NSClassFromString(specifier_->textForKey("detail"));
+    setCellEnabled(specifier_->flagForKey("enabled", true) && !leadsNowhere);
+}
+
+void PSTableCell::showIcon() {
+    std::string icon = specifier_->textForKey("icon");
+    if (!icon.empty()) icon.insert(0, bundlePathOf(*specifier_));
+    const CGFloat scale = UIScreen::mainScreen().scale();
+    if (icon == icon_ && scale == iconScale_) return;
+    icon_ = std::move(icon);
+    iconScale_ = scale;
+    imageView().setImage(icon_.empty() ? UIImage() : UIImage::imageWithContentsOfFile(icon_));
 }
 
 void PSTableCell::setCellEnabled(bool enabled) {
     cellEnabled_ = enabled;
     setUserInteractionEnabled(enabled);
-    if (!titleText().empty()) textLabel().setAlpha(enabled ? 1 : kDisabledAlpha);
-    if (!detailText().empty()) detailTextLabel().setAlpha(enabled ? 1 : kDisabledAlpha);
+    const CGFloat alpha = enabled ? 1 : kDisabledAlpha;
+    if (!titleText().empty()) textLabel().setAlpha(alpha);
+    if (!UITableViewCell::detailText().empty()) detailTextLabel().setAlpha(alpha);
 }
 
 } // namespace tallyforge

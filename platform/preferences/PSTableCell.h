@@ -30,8 +30,14 @@ class PSTableCell : public UITableViewCell {
     /// What the keyboard's left and right operate on this row, or nullptr.
     virtual UIView* control() const { return nullptr; }
 
+    static constexpr CGFloat kDisabledAlpha = 0.4; ///< of the texts of a row that cannot be operated
+
   private:
+    void showIcon();
+
     std::shared_ptr<PSSpecifier> specifier_;
+    std::string icon_;      // the path of the one that is shown
+    CGFloat iconScale_ = 0; // of the screen that it was chosen for
     bool cellEnabled_ = true;
 };
 

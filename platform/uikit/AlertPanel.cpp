@@ -28,7 +28,7 @@ constexpr CGFloat kToAccessory = 4;
 constexpr CGFloat kBelowAccessory = 8;
 constexpr CGFloat kButtonHeight = 44;
 constexpr CGFloat kWindowMargin = 24; // least distance from the window's top and bottom
-constexpr size_t kMostText = 4096;    // bytes that are shown
+constexpr size_t kMostText = 2000;    // bytes that are shown
 constexpr CGFloat kTitleSize = 17, kMessageSize = 13, kButtonSize = 17, kLeastButtonSize = 12;
 constexpr double kAppearTime = 0.25; // seconds
 constexpr uint32_t kRed = 0xFF3B30, kPaper = 0xF9F9F9, kLineGrey = 0xC4C4C8, kFieldBorder = 0xA9A9AE;

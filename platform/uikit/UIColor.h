@@ -17,6 +17,8 @@ class UIColor {
     static UIColor whiteColor() { return colorWithWhite(1, 1); }
     static UIColor grayColor() { return colorWithWhite(0.5, 1); }
     static UIColor redColor() { return colorWithRed(1, 0, 0, 1); }
+    static UIColor greenColor() { return colorWithRed(0, 1, 0, 1); }
+    static UIColor blueColor() { return colorWithRed(0, 0, 1, 1); }
     static UIColor clearColor() { return colorWithWhite(0, 0); }
 
     UIColor colorWithAlphaComponent(CGFloat alpha) const {
@@ -28,6 +30,14 @@ class UIColor {
     CGFloat blue() const { return color_.blue; }
     CGFloat alpha() const { return color_.alpha; }
     bool operator==(const UIColor&) const = default;
+
+    /// Each from 0 to 1. Greys have the hue and saturation 0.
+    struct HueSaturationBrightness {
+        CGFloat hue = 0, saturation = 0, brightness = 0;
+    };
+    /// By the usual hexagonal cone: brightness is the largest channel, saturation the share that the largest
+    /// is above the smallest, hue the place between the channels, red first.
+    HueSaturationBrightness hueSaturationBrightness() const;
 
   private:
     explicit UIColor(const tallyforge::CGColor& color) : color_(color) {}

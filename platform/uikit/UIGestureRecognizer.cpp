@@ -8,7 +8,7 @@ namespace tallyforge {
 
 namespace {
 
-constexpr CGFloat kSlop = 10;                     // points that a resting finger may move
+constexpr CGFloat kSlop = 10;                    // points that a resting finger may move
 constexpr int64_t kVelocityWindow = 100'000'000; // nanoseconds over which a velocity is taken
 
 CGFloat distance(const CGPoint& a, const CGPoint& b) {
@@ -43,20 +43,17 @@ void UITapGestureRecognizer::touchesEnded(const UITouch& touch) {
 
 CGPoint UIPanGestureRecognizer::velocity() const {
     if (samples_.size() < 2) return {};
-    const Sample& last = samples_.back();
-    const Sample* first = &last;
-    for (auto sample = samples_.rbegin(); sample != samples_.rend(); ++sample) {
-        if (last.nanoseconds - sample->nanoseconds > kVelocityWindow) break;
-        first = &*sample;
-    }
-    double seconds = static_cast<double>(last.nanoseconds - first->nanoseconds) / 1e9;
+    const Sample &first = samples_.front(), &last = samples_.back();
+    const double seconds = static_cast<double>(last.nanoseconds - first.nanoseconds) / 1e9;
     if (seconds <= 0) return {};
-    return {(last.location.x - first->location.x) / seconds, (last.location.y - first->location.y) / seconds};
+    return {(last.location.x - first.location.x) / seconds, (last.location.y - first.location.y) / seconds};
 }
 
 void UIPanGestureRecognizer::note(const UITouch& touch) {
     samples_.push_back({touch.locationInWindow, touch.nanoseconds});
-    if (samples_.size() > 32) samples_.erase(samples_.begin(), samples_.begin() + 16);
+    std::erase_if(samples_, [&](const Sample& sample) {
+        return touch.nanoseconds - sample.nanoseconds > kVelocityWindow;
+    });
 }
 
 void UIPanGestureRecognizer::touchesBegan(const UITouch& touch) {

@@ -56,7 +56,7 @@ class UIGestureRecognizer {
     bool enabled_ = true;
 };
 
-/// One short touch in one place.
+/// A touch that stays where it came down until it is lifted.
 class UITapGestureRecognizer final : public UIGestureRecognizer {
   public:
     using UIGestureRecognizer::UIGestureRecognizer;
@@ -96,7 +96,7 @@ class UIPanGestureRecognizer final : public UIGestureRecognizer {
     Direction direction_;
     CGPoint start_;
     CGPoint translation_;
-    std::vector<Sample> samples_;
+    std::vector<Sample> samples_; // of the last tenth of a second
 };
 
 } // namespace tallyforge

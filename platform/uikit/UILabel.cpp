@@ -2,6 +2,12 @@
 
 namespace tallyforge {
 
+namespace {
+
+constexpr CGFloat kDisabled = 0.7; // white level of the text
+
+} // namespace
+
 UILabel::UILabel(const CGRect& frame) : UIView(frame, std::make_shared<CATextLayer>()) {
     setFont(font_);
     setTextColor(UIColor::blackColor());
@@ -12,9 +18,15 @@ void UILabel::setFont(const UIFont& font) {
     textLayer().setFont(font.face());
 }
 
-UIColor UILabel::textColor() const {
-    const CGColor& color = textLayer().foregroundColor();
-    return UIColor::colorWithRed(color.red, color.green, color.blue, color.alpha);
+void UILabel::setTextColor(const UIColor& color) {
+    textColor_ = color;
+    textLayer().setForegroundColor(enabled_ ? color.cgColor()
+                                            : UIColor::colorWithWhite(kDisabled, 1).cgColor());
+}
+
+void UILabel::setEnabled(bool enabled) {
+    enabled_ = enabled;
+    setTextColor(textColor_);
 }
 
 void UILabel::setTextAlignment(NSTextAlignment alignment) {

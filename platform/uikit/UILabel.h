@@ -22,8 +22,11 @@ class UILabel final : public UIView {
     void setText(std::string text) { textLayer().setString(std::move(text)); }
     const UIFont& font() const { return font_; }
     void setFont(const UIFont& font);
-    UIColor textColor() const;
-    void setTextColor(const UIColor& color) { textLayer().setForegroundColor(color.cgColor()); }
+    const UIColor& textColor() const { return textColor_; }
+    void setTextColor(const UIColor& color);
+    /// A label that is not enabled is grey, whatever its colour.
+    bool enabled() const { return enabled_; }
+    void setEnabled(bool enabled);
     /// 1: one line; 0: as many as there is room for.
     int numberOfLines() const { return textLayer().wrapped() ? 0 : 1; }
     void setNumberOfLines(int lines) { textLayer().setWrapped(lines != 1); }
@@ -33,6 +36,8 @@ class UILabel final : public UIView {
 
   private:
     CATextLayer& textLayer() const { return static_cast<CATextLayer&>(*layer()); }
+    UIColor textColor_ = UIColor::blackColor();
+    bool enabled_ = true;
     UIFont font_ = UIFont::systemFontOfSize(17);
     NSTextAlignment alignment_ = NSTextAlignment::left;
 };

@@ -5,6 +5,7 @@
 #include "uikit/UIDevice.h"
 #include "uikit/UILabel.h"
 #include "uikit/UIViewAnimation.h"
+#include "uikit/UIWindow.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,10 +15,10 @@ namespace tallyforge {
 
 namespace {
 
-constexpr double kSlide = 0.35;         // seconds
-constexpr CGFloat kParallax = 1.0 / 3;  // of the width, by which the screen below moves
-constexpr CGFloat kEdge = 24;           // points from the left within which a swipe back begins
-constexpr CGFloat kFlick = 300;         // points a second that finish a swipe
+constexpr double kSlide = 0.35;        // seconds
+constexpr CGFloat kParallax = 1.0 / 3; // of the width, by which the screen below moves
+constexpr CGFloat kEdge = 24;          // points from the left within which a swipe back begins
+constexpr CGFloat kFlick = 300;        // points a second that finish a swipe
 constexpr CGFloat kBackX = 8;
 constexpr CGFloat kPressedAlpha = 0.3;
 
@@ -82,12 +83,30 @@ std::shared_ptr<UIView> makeBattery(CGFloat right) {
                                        std::nullopt, 0);
 }
 
+// With a line below that is as wide as a pixel of the screen is by then.
+class Bar final : public UIView {
+  public:
+    explicit Bar(const CGRect& frame) : UIView(frame), line_(std::make_shared<UIView>()) {
+        setBackgroundColor(color(kBarColor));
+        line_->setBackgroundColor(color(kHairline));
+        addSubview(line_);
+    }
+    void layoutSubviews() override {
+        const CGFloat pixel = 1 / std::max(0.25, UIScreen::mainScreen().scale());
+        line_->setFrame(CGRectMake(0, bounds().size.height - pixel, bounds().size.width, pixel));
+    }
+
+  private:
+    std::shared_ptr<UIView> line_;
+};
+
 } // namespace
 
 struct UINavigationController::Transition {
     std::shared_ptr<UIViewController> from, to;
     bool push = false;
-    bool followsFinger = false;
+    bool animated = false;
+    bool arrives = true; // false: it is being taken back, or the finger may still do so
 };
 
 UINavigationController::UINavigationController(std::shared_ptr<UIViewController> root) {
@@ -98,6 +117,10 @@ UINavigationController::UINavigationController(std::shared_ptr<UIViewController>
 UINavigationController::~UINavigationController() {
     for (const auto& controller : stack_)
         controller->navigation_ = nullptr;
+    if (transition_) transition_->from->navigation_ = nullptr;
+    // The views may outlive this.
+    if (swipe_) swipe_->setEnabled(false);
+    if (backButton_) backButton_->removeAllTargets();
 }
 
 CGRect UINavigationController::contentFrame() const {
@@ -131,12 +154,7 @@ void UINavigationController::loadView() {
 void UINavigationController::makeBar() {
     const CGFloat width = UIScreen::mainScreen().size().width;
     const CGFloat height = kStatusBarHeight + kBarHeight;
-    const CGFloat pixel = 1 / std::max(0.25, UIScreen::mainScreen().scale());
-    bar_ = std::make_shared<UIView>(CGRectMake(0, 0, width, height));
-    bar_->setBackgroundColor(color(kBarColor));
-    auto line = std::make_shared<UIView>(CGRectMake(0, height - pixel, width, pixel));
-    line->setBackgroundColor(color(kHairline));
-    bar_->addSubview(line);
+    bar_ = std::make_shared<Bar>(CGRectMake(0, 0, width, height));
 
     auto time = std::make_shared<UILabel>(CGRectMake(0, 0, width, kStatusBarHeight));
     time->setFont(UIFont::semiboldSystemFontOfSize(12));
@@ -160,14 +178,15 @@ void UINavigationController::makeBar() {
     bar_->addSubview(backButton_);
 }
 
-// The title in the middle where there is room for it, the way back at the left, shortened before the title is.
+// The title in the middle where there is room for it, the way back at the left, shortened before the title
+// is.
 void UINavigationController::updateBar() {
     if (!bar_) return;
     const CGFloat width = bar_->bounds().size.width;
     const CGSize most{10000, kBarHeight};
     const std::string& title = topViewController()->title();
-    CGFloat titleWidth = std::min(std::ceil(NSStringBoundingSize(title, most, titleLabel_->font()).width) + 1,
-                                  width - 16);
+    CGFloat titleWidth =
+        std::min(std::ceil(NSStringBoundingSize(title, most, titleLabel_->font()).width) + 1, width - 16);
     CGFloat titleX = (width - titleWidth) / 2;
 
     backButton_->setHidden(stack_.size() < 2);
@@ -195,36 +214,47 @@ void UINavigationController::updateBar() {
     titleLabel_->setFrame(CGRectMake(titleX, kStatusBarHeight, std::max<CGFloat>(0, titleWidth), kBarHeight));
 }
 
+void UINavigationController::viewWillAppear(bool animated) {
+    appearing_ = true;
+    topViewController()->viewWillAppear(animated);
+}
+
 void UINavigationController::viewDidAppear(bool animated) {
     appeared_ = true;
-    topViewController()->viewWillAppear(animated);
     topViewController()->viewDidAppear(animated);
+}
+
+void UINavigationController::viewWillDisappear(bool animated) {
+    finishTransition();
+    appearing_ = false;
+    topViewController()->viewWillDisappear(animated);
+}
+
+void UINavigationController::viewDidDisappear(bool animated) {
+    appeared_ = false;
+    topViewController()->viewDidDisappear(animated);
 }
 
 void UINavigationController::pushViewController(std::shared_ptr<UIViewController> controller, bool animated) {
     finishTransition();
+    if (!controller || holds(controller)) return;
     auto from = topViewController();
     controller->navigation_ = this;
-    stack_.push_back(controller);
-    if (!isViewLoaded()) return;
-    begin(std::move(from), std::move(controller), true);
-    slide(true, animated);
+    stack_.push_back(std::move(controller));
+    if (begin(std::move(from), true, animated)) slide(true);
 }
 
 void UINavigationController::setViewControllers(std::vector<std::shared_ptr<UIViewController>> stack) {
     finishTransition();
+    std::erase(stack, nullptr);
     if (stack.empty()) return;
     auto from = topViewController();
     auto former = std::exchange(stack_, std::move(stack));
     for (const auto& controller : stack_)
         controller->navigation_ = this;
-    if (isViewLoaded() && from != topViewController()) {
-        begin(from, topViewController(), true);
-        complete(true);
-    }
+    if (from != topViewController() && begin(std::move(from), true, false)) complete(true);
     for (const auto& controller : former) {
-        if (std::find(stack_.begin(), stack_.end(), controller) == stack_.end())
-            controller->navigation_ = nullptr;
+        if (!holds(controller)) controller->navigation_ = nullptr;
     }
     updateBar();
 }
@@ -232,28 +262,42 @@ void UINavigationController::setViewControllers(std::vector<std::shared_ptr<UIVi
 bool UINavigationController::popViewController(bool animated) {
     finishTransition();
     if (stack_.size() < 2) return false;
-    auto from = stack_.back();
+    auto from = std::move(stack_.back());
     stack_.pop_back();
-    if (!isViewLoaded()) {
-        from->navigation_ = nullptr;
-        return true;
-    }
-    begin(std::move(from), stack_.back(), false);
-    slide(true, animated);
+    if (!isViewLoaded()) from->navigation_ = nullptr;
+    if (begin(std::move(from), false, animated)) slide(true);
     return true;
 }
 
-void UINavigationController::begin(std::shared_ptr<UIViewController> from, std::shared_ptr<UIViewController> to,
-                                   bool push) {
-    transition_ = std::make_unique<Transition>(Transition{from, to, push, false});
-    ++transitions_;
+// From that screen to the one on top of the stack. False when there is nothing more to do: nothing is shown
+// yet, or a screen that heard of it has changed the stack again.
+bool UINavigationController::begin(std::shared_ptr<UIViewController> from, bool push, bool animated) {
+    if (!isViewLoaded()) return false;
+    const auto to = topViewController();
+    const auto self = weak_from_this().lock();
+    transition_ = std::make_unique<Transition>(
+        Transition{from, to, push, animated && appeared_ && UIViewAnimationsEnabled(), true});
+    const uint64_t which = ++transitions_;
+    auto undisturbed = [&] { return transition_ && transitions_ == which; };
+    UIWindow* const in = screens_->window();
+    if (UIView* focused = in ? in->focusedView() : nullptr; focused && focused->isDescendantOf(*screens_))
+        in->focusView(nullptr);
     to->view()->setFrame(contentFrame());
-    from->viewWillDisappear(true);
-    to->viewWillAppear(true);
+    if (appearing_) {
+        from->viewWillDisappear(transition_->animated);
+        if (undisturbed()) to->viewWillAppear(transition_->animated);
+        if (!undisturbed()) return false;
+    }
     screens_->insertSubviewAtIndex(to->view(), push ? screens_->subviews().size() : 0);
-    screens_->setUserInteractionEnabled(false);
+    setTouchable(false);
     updateBar();
     place(0);
+    return true;
+}
+
+void UINavigationController::setTouchable(bool touchable) {
+    screens_->setUserInteractionEnabled(touchable);
+    bar_->setUserInteractionEnabled(touchable);
 }
 
 // Where both screens are after this share of the way.
@@ -269,8 +313,9 @@ void UINavigationController::place(CGFloat share) {
     lower.setCenter({middle.x - width * kParallax * in, middle.y});
 }
 
-void UINavigationController::slide(bool arrive, bool animated) {
-    if (!animated || !UIViewAnimationsEnabled()) return complete(arrive);
+void UINavigationController::slide(bool arrive) {
+    const bool swiped = !std::exchange(transition_->arrives, arrive);
+    if (!transition_->animated) return complete(arrive);
     UIView& from = *transition_->from->view();
     UIView& to = *transition_->to->view();
     const CGPoint fromStart = from.center(), toStart = to.center();
@@ -280,53 +325,56 @@ void UINavigationController::slide(bool arrive, bool animated) {
     to.setCenter(toStart);
     UIViewAnimateCenter(from, fromEnd, kSlide);
     UIViewAnimateCenter(to, toEnd, kSlide);
-    if (arrive && !transition_->followsFinger) {
+    if (!swiped) {
         titleLabel_->setAlpha(0);
         UIViewAnimateAlpha(*titleLabel_, 1, kSlide);
     }
     std::weak_ptr<UIViewController> self = weak_from_this();
     dispatch_after(dispatch_time(DISPATCH_TIME_NOW, std::llround(kSlide * NSEC_PER_SEC)),
                    dispatch_get_main_queue(), [this, self, which = transitions_, arrive] {
-                       if (self.lock() && transition_ && transitions_ == which) complete(arrive);
+                       const auto kept = self.lock();
+                       if (kept && transition_ && transitions_ == which) complete(arrive);
                    });
 }
 
 void UINavigationController::finishTransition() {
-    if (transition_) complete(true);
+    if (transition_) complete(transition_->arrives);
 }
 
 void UINavigationController::complete(bool arrived) {
-    auto t = std::move(transition_);
+    const auto self = weak_from_this().lock(); // a screen that hears of it may end this
+    const auto t = std::move(transition_);
     const auto& shown = arrived ? t->to : t->from;
     const auto& gone = arrived ? t->from : t->to;
     for (const auto& controller : {t->from, t->to})
         controller->view()->layer()->removeAnimationForKey("center");
     gone->view()->removeFromSuperview();
     shown->view()->setFrame(contentFrame());
-    screens_->setUserInteractionEnabled(true);
-    if (arrived) {
-        gone->viewDidDisappear(true);
-        if (!t->push) gone->navigation_ = nullptr;
-    } else {
-        // The swipe was taken back: the screen that was leaving stays.
-        stack_.push_back(t->from);
-        t->from->navigation_ = this;
-        gone->viewWillDisappear(true);
-        shown->viewWillAppear(true);
-        gone->viewDidDisappear(true);
-    }
+    if (!shown->view()->superview()) screens_->addSubview(shown->view());
+    setTouchable(true);
+    if (!arrived) stack_.push_back(shown);
     updateBar();
-    shown->viewDidAppear(true);
+    if (appeared_ && !arrived) {
+        gone->viewWillDisappear(t->animated);
+        shown->viewWillAppear(t->animated);
+    }
+    if (appeared_) gone->viewDidDisappear(t->animated);
+    if (!holds(gone)) gone->navigation_ = nullptr;
+    if (appeared_) shown->viewDidAppear(t->animated);
+}
+
+bool UINavigationController::holds(const std::shared_ptr<UIViewController>& controller) const {
+    return std::find(stack_.begin(), stack_.end(), controller) != stack_.end();
 }
 
 void UINavigationController::swipe() {
     const CGFloat width = contentFrame().size.width;
     switch (swipe_->state()) {
     case UIGestureRecognizerState::began: {
-        auto from = stack_.back();
+        auto from = std::move(stack_.back());
         stack_.pop_back();
-        begin(std::move(from), stack_.back(), false);
-        transition_->followsFinger = true;
+        if (!begin(std::move(from), false, true)) break;
+        transition_->arrives = false;
         [[fallthrough]];
     }
     case UIGestureRecognizerState::changed:
@@ -335,9 +383,9 @@ void UINavigationController::swipe() {
     case UIGestureRecognizerState::ended:
     case UIGestureRecognizerState::cancelled: {
         if (!transition_) break;
-        bool enough = swipe_->translation().x > width / 2 || swipe_->velocity().x > kFlick;
-        slide(swipe_->state() == UIGestureRecognizerState::ended && enough && swipe_->velocity().x > -kFlick,
-              true);
+        const CGFloat speed = swipe_->velocity().x;
+        const bool enough = speed > -kFlick && (speed > kFlick || swipe_->translation().x > width / 2);
+        slide(enough && swipe_->state() == UIGestureRecognizerState::ended);
         break;
     }
     default:

@@ -21,18 +21,22 @@ class UINavigationController final : public UIViewController {
     const std::vector<std::shared_ptr<UIViewController>>& viewControllers() const { return stack_; }
     const std::shared_ptr<UIViewController>& topViewController() const { return stack_.back(); }
 
+    /// No controller, and one that is on the stack already, are left alone.
     void pushViewController(std::shared_ptr<UIViewController> controller, bool animated);
     /// Replaces the stack at once; only its last screen appears.
     void setViewControllers(std::vector<std::shared_ptr<UIViewController>> stack);
     /// False at the root.
     bool popViewController(bool animated);
-    /// Whether a screen is sliding in or out; touches wait until it is there.
+    /// Whether a screen is sliding in or out; touches and keys wait until it is there.
     bool transitioning() const { return transition_ != nullptr; }
-    /// Ends a running transition at once.
+    /// Ends a running transition at once. A swipe that has not been let go is taken back.
     void finishTransition();
 
     void loadView() override;
+    void viewWillAppear(bool animated) override;
     void viewDidAppear(bool animated) override;
+    void viewWillDisappear(bool animated) override;
+    void viewDidDisappear(bool animated) override;
 
     /// Below the bar, where screens are shown.
     CGRect contentFrame() const;
@@ -44,11 +48,13 @@ class UINavigationController final : public UIViewController {
 
   private:
     struct Transition;
-    void begin(std::shared_ptr<UIViewController> from, std::shared_ptr<UIViewController> to, bool push);
+    bool begin(std::shared_ptr<UIViewController> from, bool push, bool animated);
     void place(CGFloat share);
-    void slide(bool arrive, bool animated);
+    void slide(bool arrive);
     void complete(bool arrived);
     void swipe();
+    void setTouchable(bool touchable);
+    bool holds(const std::shared_ptr<UIViewController>& controller) const;
     void makeBar();
 
     std::vector<std::shared_ptr<UIViewController>> stack_;
@@ -60,6 +66,7 @@ class UINavigationController final : public UIViewController {
     std::shared_ptr<UILabel> backLabel_;
     std::shared_ptr<UIControl> backButton_;
     std::shared_ptr<UIPanGestureRecognizer> swipe_;
+    bool appearing_ = false; // on screen, or about to be
     bool appeared_ = false;
 };
 

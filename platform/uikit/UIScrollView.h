@@ -37,6 +37,9 @@ class UIScrollView : public UIView {
     bool decelerating() const { return motion_ != Motion::none; }
     void stopScrolling();
 
+    void setFrame(const CGRect& frame) override;
+    /// While it glides a finger only stops it, and reaches nothing in it.
+    UIView* hitTest(const CGPoint& point) override;
     void fingerCameDown() override;
 
     /// Rubber band: how far the content follows a finger that is x points past the end of a view d high.
@@ -52,7 +55,11 @@ class UIScrollView : public UIView {
     void pan();
     void letGo(CGFloat velocity);
     void step(double seconds);
-    void springTo(CGFloat offset, CGFloat velocity, double seconds);
+    void stepMomentum(double seconds);
+    void stepSpring(double seconds);
+    void springFrom(CGFloat from, CGFloat velocity, double seconds);
+    void keepWithinEnds();
+    CGFloat nearestRest(CGFloat offset) const;
     void showIndicator();
 
     CGSize contentSize_;

@@ -36,7 +36,6 @@ UISegmentedControl::UISegmentedControl(std::vector<std::string> titles)
     setClipsToBounds(true);
     outline_->setUserInteractionEnabled(false);
     outline_->layer()->setCornerRadius(kRadius);
-    outline_->layer()->setBorderWidth(kLine);
     setTitles(std::move(titles));
 }
 
@@ -88,6 +87,7 @@ void UISegmentedControl::setEnabled(bool enabled) {
 
 void UISegmentedControl::layoutSubviews() {
     outline_->setFrame(bounds());
+    outline_->layer()->setBorderWidth(AlignedToPixels(*this, CGRectMake(0, 0, kLine, kLine)).size.width);
     if (titles_.empty()) return;
     const CGFloat room = std::max(rectForSegment(0).size.width - 2 * kPadding, 1.0);
     const UIFont font = UIFont::systemFontOfSize(fontSizeFor(titles_, room));

@@ -15,6 +15,7 @@ constexpr CGFloat kTrackInset = 2; // from the control's sides to the track's en
 constexpr CGFloat kTouchSize = 44; // what a finger needs, in both directions
 constexpr uint32_t kRestOfTrack = 0xB7B8B7;
 constexpr CGFloat kDisabledAlpha = 0.5;
+constexpr double kRounding = 1e-12; // of the range: what sums of coordinates may leave
 
 } // namespace
 
@@ -74,10 +75,12 @@ float UISlider::valueForThumbCentre(CGFloat x) const {
     const CGFloat travel = box.size.width - kThumbSize;
     if (!(travel > 0) || std::isnan(x)) return value_;
     const CGFloat share = (x - box.origin.x - kThumbSize / 2) / travel;
-    if (share <= 0) return minimum_;
-    if (share >= 1) return maximum_;
+    if (share <= kRounding) return minimum_;
+    if (share >= 1 - kRounding) return maximum_;
     const double range = double(maximum_) - minimum_;
-    return std::clamp(static_cast<float>(minimum_ + share * range), minimum_, maximum_);
+    double value = minimum_ + share * range;
+    if (std::abs(value) <= range * kRounding) value = 0;
+    return std::clamp(static_cast<float>(value), minimum_, maximum_);
 }
 
 void UISlider::setEnabled(bool enabled) {
@@ -115,11 +118,9 @@ bool UISlider::pressKey(UIKey key) {
     float wanted = value_;
     switch (key) {
     case UIKey::left:
-    case UIKey::down:
         wanted -= step;
         break;
     case UIKey::right:
-    case UIKey::up:
         wanted += step;
         break;
     case UIKey::home:

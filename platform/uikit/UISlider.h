@@ -38,7 +38,7 @@ class UISlider final : public UIControl {
     bool pointInside(const CGPoint& point) const override; ///< at least 44 points high
     /// None, while the thumb is held.
     bool gestureRecognizerShouldBegin(const UIGestureRecognizer& recognizer) override;
-    /// Left and down: smaller; right and up: larger; home, end: the bounds. Tells like a drag that ends.
+    /// Left: smaller; right: larger; home, end: the bounds. Tells like a drag that ends.
     bool pressKey(UIKey key) override;
 
   protected:

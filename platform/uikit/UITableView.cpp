@@ -2,6 +2,7 @@
 
 #include "quartzcore/TextLayout.h"
 #include "uikit/UILabel.h"
+#include "uikit/UIWindow.h"
 
 #include <algorithm>
 #include <cctype>
@@ -11,13 +12,14 @@ namespace tallyforge {
 
 namespace {
 
-constexpr CGFloat kFirstGap = 35;     // above the first group
-constexpr CGFloat kGroupGap = 35;     // between groups
+constexpr CGFloat kFirstGap = 35; // above the first group
+constexpr CGFloat kGroupGap = 35; // between groups
 constexpr CGFloat kCaptionInset = 15;
 constexpr CGFloat kCaptionFont = 13;
 constexpr CGFloat kHeaderTextBottom = 7; // below a header's text
 constexpr CGFloat kFooterTextTop = 7;
-constexpr CGFloat kFocusMargin = 150; // kept in view around the focused row
+constexpr CGFloat kRowMargin = 60; // shown above and below a row that is scrolled to, for its captions
+constexpr size_t kMostSpares = 64; // cells of one identifier that wait to be used again
 
 UIColor captionColor() {
     return UIColor::colorWithRed(109.0 / 255, 109.0 / 255, 114.0 / 255, 1);
@@ -53,11 +55,6 @@ void UITableView::setSideMargin(CGFloat points) {
     setNeedsLayout();
 }
 
-void UITableView::setFrame(const CGRect& frame) {
-    UIScrollView::setFrame(frame);
-    if (bounds().size.width != measuredWidth_) setNeedsLayout();
-}
-
 void UITableView::reloadData() {
     loaded_ = true;
     highlighted_.reset();
@@ -68,11 +65,20 @@ void UITableView::reloadData() {
     showCells();
 }
 
+void UITableView::remakeCells() {
+    if (!loaded_) return;
+    while (!cells_.empty())
+        recycle(cells_.begin()->first);
+    reusable_.clear();
+    reloadData();
+}
+
 void UITableView::reloadRow(NSIndexPath path) {
     if (path.section < 0 || path.row < 0 || path.row >= numberOfRowsInSection(path.section)) return;
     if (cells_.contains(path)) recycle(path);
     measure();
     showCells();
+    setNeedsLayout(); // rows below may have moved
 }
 
 int UITableView::numberOfRowsInSection(int section) const {
@@ -82,44 +88,55 @@ int UITableView::numberOfRowsInSection(int section) const {
 
 const std::string& UITableView::titleForHeaderInSection(int section) const {
     static const std::string none;
-    return section < 0 || section >= numberOfSections() ? none : sections_[static_cast<size_t>(section)].title;
+    return section < 0 || section >= numberOfSections() ? none
+                                                        : sections_[static_cast<size_t>(section)].title;
 }
 
 void UITableView::measure() {
     measuredWidth_ = bounds().size.width;
-    sections_.clear();
     for (const auto& captions : {&headers_, &footers_}) {
         for (const auto& [section, view] : *captions)
             view->removeFromSuperview();
         captions->clear();
     }
+    std::vector<Section> sections;
     CGFloat y = 0;
-    const CGFloat captionWidth = std::max<CGFloat>(0, measuredWidth_ - 2 * (sideMargin_ + kCaptionInset));
     const int count = dataSource_ ? dataSource_->numberOfSectionsInTableView(*this) : 0;
     for (int index = 0; index < count; ++index) {
-        Section section;
-        section.top = y;
-        section.title = dataSource_->tableViewTitleForHeaderInSection(*this, index);
-        section.header = upperCased(section.title);
-        section.footer = dataSource_->tableViewTitleForFooterInSection(*this, index);
-        const CGFloat gap = index == 0 ? kFirstGap : kGroupGap / 2;
-        section.headerHeight =
-            section.header.empty() ? gap : gap + captionHeight(section.header, captionWidth) + kHeaderTextBottom / 2;
-        y += section.headerHeight;
-        const int rows = dataSource_->tableViewNumberOfRowsInSection(*this, index);
-        section.rowTops.reserve(static_cast<size_t>(std::max(rows, 0)) + 1);
-        section.rowTops.push_back(y);
-        for (int row = 0; row < rows; ++row) {
-            y += delegate_ ? delegate_->tableViewHeightForRowAtIndexPath(*this, {index, row}) : rowHeight_;
-            section.rowTops.push_back(y);
-        }
-        section.footerHeight =
-            kGroupGap / 2 +
-            (section.footer.empty() ? 0 : kFooterTextTop / 2 + captionHeight(section.footer, captionWidth));
-        y += section.footerHeight;
-        sections_.push_back(std::move(section));
+        sections.push_back(measureSection(index, y));
+        const Section& section = sections.back();
+        y = section.rowTops.back() + kGroupGap / 2;
+        if (!section.footer.empty()) y += kFooterTextTop / 2 + section.footerFrame.size.height;
     }
+    sections_ = std::move(sections);
     setContentSize({measuredWidth_, y + kGroupGap / 2});
+}
+
+UITableView::Section UITableView::measureSection(int index, CGFloat top) {
+    const CGFloat x = sideMargin_ + kCaptionInset;
+    const CGFloat width = std::max<CGFloat>(0, measuredWidth_ - 2 * x);
+    Section section;
+    section.title = dataSource_->tableViewTitleForHeaderInSection(*this, index);
+    section.header = upperCased(section.title);
+    section.footer = dataSource_->tableViewTitleForFooterInSection(*this, index);
+    CGFloat y = top + (index == 0 ? kFirstGap : kGroupGap / 2);
+    if (!section.header.empty()) {
+        const CGFloat height = captionHeight(section.header, width);
+        y += height + kHeaderTextBottom / 2;
+        section.headerFrame = CGRectMake(x, y - height - kHeaderTextBottom, width, height);
+    }
+    const int rows = dataSource_->tableViewNumberOfRowsInSection(*this, index);
+    section.rowTops.reserve(static_cast<size_t>(std::max(rows, 0)) + 1);
+    section.rowTops.push_back(y);
+    for (int row = 0; row < rows; ++row) {
+        const CGFloat height =
+            delegate_ ? delegate_->tableViewHeightForRowAtIndexPath(*this, {index, row}) : rowHeight_;
+        if (height > 0 && std::isfinite(height)) y += height;
+        section.rowTops.push_back(y);
+    }
+    if (!section.footer.empty())
+        section.footerFrame = CGRectMake(x, y + kFooterTextTop, width, captionHeight(section.footer, width));
+    return section;
 }
 
 CGRect UITableView::rectForRowAtIndexPath(NSIndexPath path) const {
@@ -139,7 +156,8 @@ std::vector<NSIndexPath> UITableView::indexPathsForVisibleRows() const {
         if (tops.front() >= bottom) break;
         auto first = std::upper_bound(tops.begin(), tops.end(), top) - tops.begin() - 1;
         for (auto row = std::max<std::ptrdiff_t>(0, first);
-             row + 1 < static_cast<std::ptrdiff_t>(tops.size()) && tops[static_cast<size_t>(row)] < bottom; ++row)
+             row + 1 < static_cast<std::ptrdiff_t>(tops.size()) && tops[static_cast<size_t>(row)] < bottom;
+             ++row)
             paths.push_back({static_cast<int>(index), static_cast<int>(row)});
     }
     return paths;
@@ -168,8 +186,7 @@ std::shared_ptr<UITableViewCell> UITableView::cellForRowAtIndexPath(NSIndexPath 
     return found == cells_.end() ? nullptr : found->second;
 }
 
-std::shared_ptr<UITableViewCell>
-UITableView::dequeueReusableCellWithIdentifier(std::string_view identifier) {
+std::shared_ptr<UITableViewCell> UITableView::dequeueReusableCellWithIdentifier(std::string_view identifier) {
     auto found = reusable_.find(identifier);
     if (found == reusable_.end()) return nullptr;
     auto cell = std::move(found->second);
@@ -183,8 +200,11 @@ void UITableView::recycle(NSIndexPath path) {
     auto cell = std::move(found->second);
     cells_.erase(found);
     cell->setHighlighted(false);
+    if (hasFocus(*cell)) window()->focusView(nullptr);
     cell->removeFromSuperview();
-    if (!cell->reuseIdentifier().empty()) reusable_.emplace(cell->reuseIdentifier(), std::move(cell));
+    const auto& identifier = cell->reuseIdentifier();
+    if (!identifier.empty() && reusable_.count(identifier) < kMostSpares)
+        reusable_.emplace(identifier, std::move(cell));
 }
 
 void UITableView::layoutSubviews() {
@@ -199,6 +219,12 @@ void UITableView::didScroll() {
     if (loaded_) showCells();
 }
 
+bool UITableView::hasFocus(const UITableViewCell& cell) const {
+    const UIWindow* in = window();
+    const UIView* focused = in ? in->focusedView() : nullptr;
+    return focused && focused->isDescendantOf(cell);
+}
+
 // Cells for the rows on screen, and only for those; a row that the keyboard is on stays.
 void UITableView::showCells() {
     if (!dataSource_ || showing_) return;
@@ -206,22 +232,28 @@ void UITableView::showCells() {
     const auto visible = indexPathsForVisibleRows();
     std::vector<NSIndexPath> gone;
     for (const auto& [path, cell] : cells_) {
-        if (!std::binary_search(visible.begin(), visible.end(), path)) gone.push_back(path);
+        if (std::binary_search(visible.begin(), visible.end(), path)) continue;
+        if (path.row >= numberOfRowsInSection(path.section) || !hasFocus(*cell)) gone.push_back(path);
     }
     for (NSIndexPath path : gone)
         recycle(path);
-    for (NSIndexPath path : visible) {
-        if (cells_.contains(path)) continue;
-        auto cell = dataSource_->tableViewCellForRowAtIndexPath(*this, path);
-        if (!cell) continue;
-        cell->setSelectable(!delegate_ || (delegate_->tableViewShouldHighlightRowAtIndexPath(*this, path)));
-        cells_[path] = cell;
-        placeCell(path, *cell);
-        insertSubviewAtIndex(cell, 0);
-        cell->layoutIfNeeded();
-    }
+    for (NSIndexPath path : visible)
+        showCell(path);
     showCaptions();
     showing_ = false;
+}
+
+void UITableView::showCell(NSIndexPath path) {
+    if (cells_.contains(path)) return;
+    auto cell = dataSource_->tableViewCellForRowAtIndexPath(*this, path);
+    if (!cell) return;
+    cell->setSelectable(!delegate_ || delegate_->tableViewShouldHighlightRowAtIndexPath(*this, path));
+    if (path == selected_ && cell->selectionStyle() != UITableViewCellSelectionStyle::none)
+        cell->setHighlighted(true);
+    cells_[path] = cell;
+    placeCell(path, *cell);
+    insertSubviewAtIndex(cell, 0);
+    cell->layoutIfNeeded();
 }
 
 void UITableView::placeCell(NSIndexPath path, UITableViewCell& cell) {
@@ -232,55 +264,39 @@ void UITableView::placeCell(NSIndexPath path, UITableViewCell& cell) {
 }
 
 void UITableView::showCaptions() {
-    const CGFloat top = contentOffset().y, bottom = top + bounds().size.height;
-    auto show = [&](std::map<int, std::shared_ptr<UIView>>& captions, int index, const std::string& text,
-                    const CGRect& frame) {
-        bool onScreen = !text.empty() && CGRectGetMaxY(frame) > top && frame.origin.y < bottom;
-        auto found = captions.find(index);
-        if (!onScreen) {
-            if (found == captions.end()) return;
-            found->second->removeFromSuperview();
-            captions.erase(found);
-            return;
-        }
-        if (found != captions.end()) return;
-        auto label = std::make_shared<UILabel>(frame);
-        label->setFont(UIFont::systemFontOfSize(kCaptionFont));
-        label->setTextColor(captionColor());
-        label->setNumberOfLines(0);
-        label->setText(text);
-        label->setUserInteractionEnabled(false);
-        captions[index] = label;
-        insertSubviewAtIndex(label, 0);
-    };
-    const CGFloat x = sideMargin_ + kCaptionInset;
-    const CGFloat width = std::max<CGFloat>(0, bounds().size.width - 2 * x);
     for (int index = 0; index < numberOfSections(); ++index) {
         const Section& section = sections_[static_cast<size_t>(index)];
-        if (!section.header.empty()) {
-            CGFloat height = captionHeight(section.header, width);
-            show(headers_, index, section.header,
-                 CGRectMake(x, section.rowTops.front() - height - kHeaderTextBottom, width, height));
-        }
-        if (!section.footer.empty())
-            show(footers_, index, section.footer,
-                 CGRectMake(x, section.rowTops.back() + kFooterTextTop, width, captionHeight(section.footer, width)));
+        showCaption(headers_, index, section.header, section.headerFrame);
+        showCaption(footers_, index, section.footer, section.footerFrame);
     }
+}
+
+void UITableView::showCaption(std::map<int, std::shared_ptr<UIView>>& captions, int index,
+                              const std::string& text, const CGRect& frame) {
+    const CGFloat top = contentOffset().y, bottom = top + bounds().size.height;
+    const bool onScreen = !text.empty() && CGRectGetMaxY(frame) > top && frame.origin.y < bottom;
+    auto found = captions.find(index);
+    if (!onScreen && found != captions.end()) {
+        found->second->removeFromSuperview();
+        captions.erase(found);
+    }
+    if (!onScreen || found != captions.end()) return;
+    auto label = std::make_shared<UILabel>(frame);
+    label->setFont(UIFont::systemFontOfSize(kCaptionFont));
+    label->setTextColor(captionColor());
+    label->setNumberOfLines(0);
+    label->setText(text);
+    label->setUserInteractionEnabled(false);
+    captions[index] = label;
+    insertSubviewAtIndex(label, 0);
 }
 
 void UITableView::scrollToRowAtIndexPath(NSIndexPath path, bool animated) {
     if (!loaded_) reloadData();
-    CGRect rect = rectForRowAtIndexPath(path);
+    const CGRect rect = rectForRowAtIndexPath(path);
     if (CGRectIsEmpty(rect)) return;
-    // The captions beside it come into view as well, as far as there is room.
-    scrollRectToVisible(CGRectInset(rect, 0, -std::min<CGFloat>(60, std::max<CGFloat>(0, bounds().size.height - topInset() - rect.size.height) / 2)),
-                        animated);
-}
-
-void UITableView::prepareNeighbours(const UIView& focusedView) {
-    scrollRectToVisible(
-        CGRectInset(focusedView.convertRectToView(focusedView.bounds(), this), 0, -kFocusMargin));
-    layoutIfNeeded();
+    const CGFloat room = bounds().size.height - topInset() - rect.size.height;
+    scrollRectToVisible(CGRectInset(rect, 0, -std::clamp(room / 2, 0.0, kRowMargin)), animated);
 }
 
 void UITableView::highlight(std::optional<NSIndexPath> path) {
@@ -294,17 +310,19 @@ void UITableView::highlight(std::optional<NSIndexPath> path) {
     if (cell && cell->selectionStyle() != UITableViewCellSelectionStyle::none) cell->setHighlighted(true);
 }
 
+// Rows that cannot be operated take no touches and no keys.
+bool UITableView::mayHighlight(NSIndexPath path) {
+    const auto cell = cellForRowAtIndexPath(path);
+    return cell && cell->userInteractionEnabled() &&
+           (!delegate_ || delegate_->tableViewShouldHighlightRowAtIndexPath(*this, path));
+}
+
 void UITableView::touchesBegan(const UITouch& touch) {
     if (caughtByFinger()) return; // it only stopped the table
-    auto path = indexPathForRowAtPoint(touch.locationInView(*this));
-    if (!path) return;
-    auto cell = cellForRowAtIndexPath(*path);
-    bool takes = cell && cell->userInteractionEnabled() &&
-                 (!delegate_ || delegate_->tableViewShouldHighlightRowAtIndexPath(*this, *path));
-    if (takes) {
-        deselectRow(false);
-        highlight(path);
-    }
+    const auto path = indexPathForRowAtPoint(touch.locationInView(*this));
+    if (!path || !mayHighlight(*path)) return;
+    deselectRow(false);
+    highlight(path);
 }
 
 void UITableView::touchesMoved(const UITouch& touch) {
@@ -315,7 +333,8 @@ void UITableView::touchesMoved(const UITouch& touch) {
 void UITableView::touchesEnded(const UITouch& touch) {
     touchesMoved(touch);
     if (!highlighted_) return;
-    NSIndexPath path = *highlighted_;
+    const NSIndexPath path = *highlighted_;
+    if (!mayHighlight(path)) return highlight(std::nullopt);
     highlighted_.reset(); // the row stays grey until it is deselected
     selectRow(path);
 }
@@ -325,9 +344,10 @@ void UITableView::touchesCancelled(const UITouch&) {
 }
 
 void UITableView::selectRow(NSIndexPath path) {
-    auto cell = cellForRowAtIndexPath(path);
-    if (!cell || !cell->userInteractionEnabled()) return;
-    if (delegate_ && !delegate_->tableViewShouldHighlightRowAtIndexPath(*this, path)) return;
+    if (!mayHighlight(path)) return;
+    const auto self = weak_from_this().lock(); // the row may lead anywhere
+    if (selected_ != path) deselectRow(false);
+    const auto cell = cellForRowAtIndexPath(path);
     if (cell->selectionStyle() != UITableViewCellSelectionStyle::none) cell->setHighlighted(true);
     selected_ = path;
     if (delegate_) delegate_->tableViewDidSelectRowAtIndexPath(*this, path);

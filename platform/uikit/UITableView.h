@@ -41,7 +41,8 @@ class UITableViewDelegate {
     virtual void tableViewDidSelectRowAtIndexPath(UITableView&, NSIndexPath) {}
 };
 
-/// A grouped table: sections of rows with headers and footers, as many cells as are on screen.
+/// A grouped table: sections of rows with headers and footers, as many cells as are on screen (and the one
+/// that the keyboard is on).
 class UITableView final : public UIScrollView {
   public:
     explicit UITableView(const CGRect& frame);
@@ -58,6 +59,8 @@ class UITableView final : public UIScrollView {
 
     /// Asks for everything again.
     void reloadData();
+    /// The same with new cells, none of those that were used before.
+    void remakeCells();
     /// Asks for the row's cell and height again.
     void reloadRow(NSIndexPath path);
     int numberOfSections() const { return static_cast<int>(sections_.size()); }
@@ -80,13 +83,10 @@ class UITableView final : public UIScrollView {
     void selectRow(NSIndexPath path);
 
     void layoutSubviews() override;
-    void setFrame(const CGRect& frame) override;
     void touchesBegan(const UITouch& touch) override;
     void touchesMoved(const UITouch& touch) override;
     void touchesEnded(const UITouch& touch) override;
     void touchesCancelled(const UITouch& touch) override;
-    /// Makes the rows around the focused one, so that the keyboard can go on to them.
-    void prepareNeighbours(const UIView& focusedView);
 
   protected:
     void didScroll() override;
@@ -94,15 +94,20 @@ class UITableView final : public UIScrollView {
   private:
     struct Section {
         std::string title, header, footer; // the header is the title in capitals
-        CGFloat top = 0; // of the header
-        CGFloat headerHeight = 0, footerHeight = 0;
-        std::vector<CGFloat> rowTops; // one more than there are rows
+        CGRect headerFrame, footerFrame;   // of the texts
+        std::vector<CGFloat> rowTops;      // one more than there are rows
     };
     void measure();
+    Section measureSection(int index, CGFloat top);
+    bool mayHighlight(NSIndexPath path);
+    bool hasFocus(const UITableViewCell& cell) const;
     void showCells();
+    void showCell(NSIndexPath path);
     void placeCell(NSIndexPath path, UITableViewCell& cell);
     void recycle(NSIndexPath path);
     void showCaptions();
+    void showCaption(std::map<int, std::shared_ptr<UIView>>& captions, int index, const std::string& text,
+                     const CGRect& frame);
     void highlight(std::optional<NSIndexPath> path);
 
     UITableViewDataSource* dataSource_ = nullptr;

@@ -1,5 +1,6 @@
 #include "uikit/UITableViewCell.h"
 
+#include "uikit/ControlDrawing.h"
 #include "uikit/UIDevice.h"
 #include "uikit/UIImageView.h"
 #include "uikit/UILabel.h"
@@ -13,6 +14,7 @@ namespace tallyforge {
 namespace {
 
 constexpr CGFloat kSideInset = 15;
+constexpr CGFloat kUsualHeight = 44;
 constexpr CGFloat kGap = 8; // between title, detail and accessory
 constexpr CGFloat kImageGap = 15;
 constexpr double kFade = 0.3; // seconds
@@ -47,10 +49,10 @@ class StrokeView final : public UIView {
 
 std::shared_ptr<UIView> makeMark(UITableViewCellAccessoryType type) {
     if (type == UITableViewCellAccessoryType::checkmark)
-        return std::make_shared<StrokeView>(CGSize{14, 12}, CGPoint{1, 6.5}, CGPoint{4.8, 10.2},
-                                            CGPoint{13, 1.2}, 2, kTint);
-    return std::make_shared<StrokeView>(CGSize{8, 13}, CGPoint{0.9, 0.7}, CGPoint{6.8, 6.5},
-                                        CGPoint{0.9, 12.3}, 2, kChevron);
+        return std::make_shared<StrokeView>(CGSize{13, 10}, CGPoint{1, 5.4}, CGPoint{4.6, 9}, CGPoint{12, 1},
+                                            2, kTint);
+    return std::make_shared<StrokeView>(CGSize{10, 20}, CGPoint{1.9, 4.2}, CGPoint{7.8, 10},
+                                        CGPoint{1.9, 15.8}, 2, kChevron);
 }
 
 } // namespace
@@ -139,21 +141,20 @@ void UITableViewCell::setAccessoryView(std::shared_ptr<UIView> view) {
 void UITableViewCell::setHighlighted(bool highlighted, bool animated) {
     if (highlighted == highlighted_) return;
     highlighted_ = highlighted;
-    layer()->removeAnimationForKey("highlight");
     if (highlighted) {
+        released_ = backgroundColor();
         setBackgroundColor(color(kPressed));
         return;
     }
-    setBackgroundColor(UIColor::whiteColor());
+    setBackgroundColor(released_);
     if (!animated || !UIViewAnimationsEnabled()) return;
     // Colours are not animated by the layer: a grey sheet fades instead.
-    auto sheet = std::make_shared<UIView>(bounds());
-    sheet->setBackgroundColor(color(kPressed));
-    sheet->setUserInteractionEnabled(false);
-    insertSubviewAtIndex(sheet, 0);
-    UIViewAnimateAlpha(*sheet, 0, kFade);
     if (fading_) fading_->removeFromSuperview();
-    fading_ = std::move(sheet);
+    fading_ = std::make_shared<UIView>(bounds());
+    fading_->setBackgroundColor(color(kPressed));
+    fading_->setUserInteractionEnabled(false);
+    insertSubviewAtIndex(fading_, 0);
+    UIViewAnimateAlpha(*fading_, 0, kFade);
 }
 
 void UITableViewCell::prepareForReuse() {
@@ -163,102 +164,103 @@ void UITableViewCell::prepareForReuse() {
 }
 
 void UITableViewCell::setSeparators(Edge top, Edge bottom) {
+    if (top == topEdge_ && bottom == bottomEdge_) return;
     topEdge_ = top;
     bottomEdge_ = bottom;
     setNeedsLayout();
 }
 
-void UITableViewCell::setFocused(bool focused) {
-    UIView::setFocused(focused);
+// A high picture is shrunk into its row.
+CGSize UITableViewCell::shownImageSize() const {
+    const CGSize image = imageView_ ? imageView_->image().size() : CGSizeZero;
+    const CGFloat most = std::max<CGFloat>(0, bounds().size.height - 2);
+    const CGFloat share = image.height > most ? most / image.height : 1;
+    return {image.width * share, image.height * share};
 }
 
 CGFloat UITableViewCell::textInset() const {
     if (!imageView_ || !imageView_->image()) return kSideInset;
-    return kSideInset + imageView_->image().size().width + kImageGap;
+    return kSideInset + shownImageSize().width + kImageGap;
 }
 
 void UITableViewCell::layoutSubviews() {
-    const CGSize size = bounds().size;
+    const CGFloat right = layoutAccessory();
+    if (contentView_) layoutContent(right);
     const CGFloat pixel = 1 / std::max(0.25, UIScreen::mainScreen().scale());
-    if (contentView_) {
-        CGFloat right = layoutAccessory();
-        contentView_->setFrame(CGRectMake(0, 0, right, size.height));
-        CGFloat left = kSideInset;
-        if (imageView_ && imageView_->image()) {
-            CGSize image = imageView_->image().size();
-            CGFloat most = size.height - 2; // a high picture is shrunk into its row
-            CGFloat share = image.height > most ? most / image.height : 1;
-            imageView_->setFrame(CGRectMake(left, std::round((size.height - image.height * share) / 2),
-                                            image.width * share, image.height * share));
-            left += image.width * share + kImageGap;
-        }
-        bool hasAccessory = accessoryView_ || accessoryMark_;
-        layoutTexts(CGRectMake(left, 0, right - left - (hasAccessory ? kGap : kSideInset), size.height), left);
-    }
+    showLine(topLine_, topEdge_, 0, pixel);
+    showLine(bottomLine_, bottomEdge_, bounds().size.height - pixel, pixel);
+}
 
-    auto line = [&](std::shared_ptr<UIView>& view, Edge edge, CGFloat y) {
-        if (edge == Edge::none) {
-            if (view) view->removeFromSuperview();
-            view = nullptr;
-            return;
-        }
-        if (!view) {
-            view = std::make_shared<UIView>(CGRectZero);
-            view->setBackgroundColor(color(kLine));
-            view->setUserInteractionEnabled(false);
-            addSubview(view);
-        }
-        CGFloat from = edge == Edge::full ? 0 : textInset();
-        view->setFrame(CGRectMake(from, y, size.width - from, pixel));
-    };
-    line(topLine_, topEdge_, 0);
-    line(bottomLine_, bottomEdge_, size.height - pixel);
+void UITableViewCell::layoutContent(CGFloat right) {
+    const CGFloat height = bounds().size.height;
+    contentView_->setFrame(CGRectMake(0, 0, right, height));
+    if (imageView_) {
+        const CGSize image = shownImageSize();
+        imageView_->setFrame(
+            CGRectMake(kSideInset, std::round((height - image.height) / 2), image.width, image.height));
+    }
+    const CGFloat left = textInset();
+    const CGFloat end = right - (accessoryView_ || accessoryMark_ ? kGap : kSideInset);
+    layoutTexts(CGRectMake(left, 0, std::max<CGFloat>(0, end - left), height));
+}
+
+void UITableViewCell::showLine(std::shared_ptr<UIView>& line, Edge edge, CGFloat y, CGFloat thickness) {
+    if (edge == Edge::none) {
+        if (line) line->removeFromSuperview();
+        line = nullptr;
+        return;
+    }
+    if (!line) {
+        line = std::make_shared<UIView>(CGRectZero);
+        line->setBackgroundColor(color(kLine));
+        line->setUserInteractionEnabled(false);
+        addSubview(line);
+    }
+    const CGFloat from = edge == Edge::full ? 0 : textInset();
+    const CGRect frame = CGRectMake(from, y, std::max<CGFloat>(0, bounds().size.width - from), thickness);
+    line->setFrame(window() ? AlignedToPixels(*this, frame) : frame); // or it would lie on two pixels
 }
 
 // Where the content ends at the right.
 CGFloat UITableViewCell::layoutAccessory() {
     const CGSize size = bounds().size;
-    CGFloat right = size.width;
-    UIView* view = accessoryView_ ? accessoryView_.get() : accessoryMark_.get();
     if (accessoryMark_) accessoryMark_->setHidden(accessoryView_ != nullptr);
-    if (!view) return right;
-    CGSize own = view->bounds().size;
-    right -= kSideInset + own.width;
-    view->setFrame(CGRectMake(right, std::round(size.height - own.height) / 2, own.width, own.height));
-    return right;
+    UIView* const view = accessoryView_ ? accessoryView_.get() : accessoryMark_.get();
+    if (!view) return size.width;
+    const CGSize own = view->bounds().size;
+    const CGFloat left = size.width - kSideInset - own.width;
+    view->setFrame(CGRectMake(left, std::round(size.height - own.height) / 2, own.width, own.height));
+    return left;
 }
 
-void UITableViewCell::layoutTexts(const CGRect& content, CGFloat left) {
-    if (!textLabel_ && !detailLabel_) return;
-    const CGFloat height = content.size.height;
-    const CGSize most{10000, height};
+void UITableViewCell::layoutTexts(const CGRect& room) {
     auto widthOf = [&](const std::shared_ptr<UILabel>& label) {
+        const CGSize most{10000, room.size.height};
         return label ? std::ceil(NSStringBoundingSize(label->text(), most, label->font()).width) : 0.0;
     };
-    const CGFloat room = std::max<CGFloat>(0, content.size.width);
-    if (style_ == UITableViewCellStyleSubtitle && detailLabel_ && !detailLabel_->text().empty()) {
-        CGFloat titleHeight = textLabel_ ? std::ceil(textLabel_->font().pointSize() * 1.22) : 0;
-        CGFloat detailHeight = std::ceil(detailLabel_->font().pointSize() * 1.25);
+    const CGFloat left = room.origin.x, height = room.size.height;
+    CGFloat title = std::min(widthOf(textLabel_), room.size.width);
+    CGFloat detail = std::min(widthOf(detailLabel_), room.size.width);
+    if (style_ == UITableViewCellStyleSubtitle && detail > 0) {
+        const CGFloat titleHeight = textLabel_ ? std::ceil(textLabel_->font().pointSize() * 1.22) : 0;
+        const CGFloat detailHeight = std::ceil(detailLabel_->font().pointSize() * 1.25);
         // A high row keeps its texts at the top, beside what it is high for.
-        CGFloat block = std::min<CGFloat>(height, 44);
-        CGFloat top = std::floor((block - titleHeight - detailHeight) / 2);
-        if (textLabel_)
-            textLabel_->setFrame(CGRectMake(left, top, std::min(room, widthOf(textLabel_)), titleHeight));
-        detailLabel_->setFrame(
-            CGRectMake(left, top + titleHeight, std::min(room, widthOf(detailLabel_)), detailHeight));
+        const CGFloat block = std::min(height, kUsualHeight);
+        const CGFloat top = std::floor((block - titleHeight - detailHeight) / 2);
+        if (textLabel_) textLabel_->setFrame(CGRectMake(left, top, title, titleHeight));
+        detailLabel_->setFrame(CGRectMake(left, top + titleHeight, detail, detailHeight));
         return;
     }
     // The title goes first; the detail takes what is left, and at least a third of the room when it is long.
-    CGFloat detail = std::min(widthOf(detailLabel_), room);
-    CGFloat title = std::min(widthOf(textLabel_), room);
-    if (detail > 0 && title + kGap + detail > room) {
-        CGFloat least = std::min(detail, room / 3);
-        title = std::min(title, room - least - kGap);
-        detail = room - title - kGap;
+    if (title > 0 && detail > 0 && title + kGap + detail > room.size.width) {
+        const CGFloat least = std::min(detail, room.size.width / 3);
+        title = std::max<CGFloat>(0, std::min(title, room.size.width - least - kGap));
+        detail = std::max<CGFloat>(0, room.size.width - title - kGap);
     }
     if (textLabel_) textLabel_->setFrame(CGRectMake(left, 0, title, height));
     if (detailLabel_) {
-        CGFloat x = style_ == UITableViewCellStyleValue2 ? left + title + kGap : left + room - detail;
+        const bool beside = style_ == UITableViewCellStyleValue2;
+        const CGFloat x = beside ? left + (title > 0 ? title + kGap : 0) : left + room.size.width - detail;
         detailLabel_->setFrame(CGRectMake(x, 0, detail, height));
     }
 }

@@ -4,6 +4,7 @@
 #include "uikit/UIView.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tallyforge {
@@ -63,8 +64,6 @@ class UITableViewCell : public UIView {
     /// How far texts stand from the left.
     CGFloat textInset() const;
 
-    bool canBecomeFocused() const override { return false; }
-    void setFocused(bool focused) override;
     std::string accessibilityLabel() const override { return titleText(); }
     /// The table makes rows that can be chosen reachable by the keyboard.
     bool selectable() const { return selectable_; }
@@ -73,10 +72,15 @@ class UITableViewCell : public UIView {
   protected:
     /// The second half of making a cell; true when it succeeded.
     bool initWithStyleReuseIdentifier(int style, std::string reuseIdentifier);
+    /// For laying out: the title's label, without asking for another layout; nullptr before it is made.
+    UILabel* titleLabel() const { return textLabel_.get(); }
 
   private:
-    void layoutTexts(const CGRect& content, CGFloat left);
+    CGSize shownImageSize() const;
+    void layoutContent(CGFloat right);
+    void layoutTexts(const CGRect& room);
     CGFloat layoutAccessory();
+    void showLine(std::shared_ptr<UIView>& line, Edge edge, CGFloat y, CGFloat thickness);
 
     int style_ = 0;
     std::string reuseIdentifier_;
@@ -87,7 +91,8 @@ class UITableViewCell : public UIView {
     std::shared_ptr<UIView> accessoryView_;
     std::shared_ptr<UIView> accessoryMark_;
     std::shared_ptr<UIView> topLine_, bottomLine_;
-    std::shared_ptr<UIView> fading_; // the pressed look on its way out
+    std::shared_ptr<UIView> fading_;  // the pressed look on its way out
+    std::optional<UIColor> released_; // while it is pressed: the background otherwise
     UITableViewCellAccessoryType accessoryType_ = UITableViewCellAccessoryType::none;
     UITableViewCellSelectionStyle selectionStyle_ = UITableViewCellSelectionStyle::gray;
     Edge topEdge_ = Edge::none, bottomEdge_ = Edge::none;

@@ -15,6 +15,7 @@ namespace {
 
 constexpr CGFloat kPadding = 6; // between the sides and the text
 constexpr CGFloat kCaretWidth = 2;
+constexpr size_t kMostText = 2000; // bytes
 constexpr int64_t kBlink = NSEC_PER_SEC / 2;
 constexpr uint32_t kPlaceholderGrey = 0xC7C7CD;
 
@@ -22,13 +23,19 @@ bool isControl(char32_t c) {
     return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0x2028 || c == 0x2029;
 }
 
-// What fits into one line of valid text: bytes that are no characters, and characters that are no text, go.
-std::string cleaned(std::string_view utf8) {
+// What fits into one line of valid text: bytes that are no characters, and characters that are no text, go,
+// and so does what is more than there is room for (bytes).
+std::string cleaned(std::string_view utf8, size_t room = kMostText) {
     constexpr char32_t kInvalid = 0xFFFFFFFF;
     std::string text;
     while (!utf8.empty()) {
+        const size_t before = text.size();
         const char32_t c = TakeUTF8(utf8, kInvalid);
         if (c != kInvalid && !isControl(c) && !IsHighSurrogate(c) && !IsLowSurrogate(c)) AppendUTF8(text, c);
+        if (text.size() > room) {
+            text.resize(before);
+            break;
+        }
     }
     return text;
 }
@@ -117,7 +124,7 @@ void UITextField::setEnabled(bool enabled) {
 
 void UITextField::insertText(std::string_view utf8) {
     if (!enabled()) return;
-    const std::string added = cleaned(utf8);
+    const std::string added = cleaned(utf8, kMostText - text_.size());
     const bool wasMarked = !marked_.empty();
     marked_.clear();
     text_.insert(caret_, added);
@@ -131,7 +138,7 @@ void UITextField::insertText(std::string_view utf8) {
 
 void UITextField::setMarkedText(std::string_view utf8) {
     if (!enabled()) return;
-    marked_ = cleaned(utf8);
+    marked_ = cleaned(utf8, kMostText - text_.size());
     showCaret();
 }
 

@@ -10,8 +10,8 @@ namespace tallyforge {
 
 class UILabel;
 
-/// One line of text that a person edits, with a caret that blinks while it is edited. Positions are byte
-/// offsets at character boundaries as people see them.
+/// One line of text that a person edits, up to 2,000 bytes, with a caret that blinks while it is edited.
+/// Positions are byte offsets at character boundaries as people see them.
 class UITextField final : public UIControl {
   public:
     explicit UITextField(const CGRect& frame);

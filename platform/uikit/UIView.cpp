@@ -9,7 +9,7 @@ namespace tallyforge {
 
 namespace {
 
-constexpr CGFloat kLeastAlpha = 0.01; // views fainter than this take no touches
+constexpr CGFloat kLeastAlpha = 0.01F; // views fainter than this take no touches
 
 // From a view's own coordinates to those of its superview, its animations left aside.
 CGAffineTransform toSuperview(const UIView& view) {
@@ -98,6 +98,7 @@ void UIView::insertSubviewAtIndex(std::shared_ptr<UIView> view, size_t index) {
 
 void UIView::removeFromSuperview() {
     if (!superview_) return;
+    superview_->setNeedsLayout();
     auto& siblings = superview_->subviews_;
     superview_ = nullptr;
     layer_->removeFromSuperlayer();
@@ -150,21 +151,22 @@ CGRect UIView::convertRectToView(const CGRect& rect, const UIView* view) const {
 }
 
 void UIView::setNeedsLayout() {
+    if (layingOut_) return; // it is being done
     needsLayout_ = true;
-    for (UIView* view = this; view && !view->subtreeNeedsLayout_; view = view->superview_)
-        view->subtreeNeedsLayout_ = true;
-    // One above may have been told before this view was put into it.
-    for (UIView* view = superview_; view; view = view->superview_)
+    for (UIView* view = this; view; view = view->superview_)
         view->subtreeNeedsLayout_ = true;
 }
 
 void UIView::layoutIfNeeded() {
+    const auto self = weak_from_this().lock(); // laying out may end this view
     // Laying out one view may ask for another pass of those above; a few passes settle any screen.
     for (int pass = 0; subtreeNeedsLayout_ && pass < 8; ++pass) {
         subtreeNeedsLayout_ = false;
         if (needsLayout_) {
             needsLayout_ = false;
+            layingOut_ = true;
             layoutSubviews();
+            layingOut_ = false;
         }
         const auto views = subviews_; // laying out may change them
         for (const auto& view : views)
@@ -176,7 +178,9 @@ UIView* UIView::hitTest(const CGPoint& point) {
     if (hidden() || !userInteractionEnabled_ || !(alpha() >= kLeastAlpha) || !pointInside(point))
         return nullptr;
     for (auto view = subviews_.rbegin(); view != subviews_.rend(); ++view) {
-        CGPoint inside = CGPointApplyAffineTransform(point, CGAffineTransformInvert(toSuperview(**view)));
+        const CGAffineTransform t = toSuperview(**view);
+        if (t.a * t.d == t.b * t.c) continue; // squeezed to nothing
+        CGPoint inside = CGPointApplyAffineTransform(point, CGAffineTransformInvert(t));
         if (UIView* found = (*view)->hitTest(inside)) return found;
     }
     return this;

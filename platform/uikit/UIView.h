@@ -103,8 +103,9 @@ class UIView : public NSObject, public std::enable_shared_from_this<UIView> {
     /// What the focused view does with a key; false leaves it to the views above and then to the window.
     virtual bool pressKey(UIKey) { return false; }
 
-    /// What this view shows as text to people and tests, where it shows one.
-    virtual std::string accessibilityLabel() const { return {}; }
+    /// What this view shows as text to people and tests, or is called where it shows none.
+    virtual std::string accessibilityLabel() const { return accessibilityLabel_; }
+    void setAccessibilityLabel(std::string label) { accessibilityLabel_ = std::move(label); }
 
     void addGestureRecognizer(std::shared_ptr<UIGestureRecognizer> recognizer);
     const std::vector<std::shared_ptr<UIGestureRecognizer>>& gestureRecognizers() const {
@@ -121,10 +122,21 @@ class UIView : public NSObject, public std::enable_shared_from_this<UIView> {
     std::vector<std::shared_ptr<UIGestureRecognizer>> recognizers_;
     UIViewContentMode contentMode_ = UIViewContentModeScaleToFill;
     int tag_ = 0;
+    std::string accessibilityLabel_;
     bool userInteractionEnabled_ = true;
     bool focused_ = false;
     bool needsLayout_ = true;
+    bool layingOut_ = false;
     bool subtreeNeedsLayout_ = true;
 };
+
+/// The view itself or the nearest one above it of that class; nullptr without one.
+template <class View>
+View* enclosing(UIView* view) {
+    for (; view; view = view->superview()) {
+        if (auto* found = dynamic_cast<View*>(view)) return found;
+    }
+    return nullptr;
+}
 
 } // namespace tallyforge

@@ -32,7 +32,7 @@ void UIViewAnimateCenter(UIView& view, const CGPoint& center, double duration) {
     CGPoint from = view.center();
     view.layer()->removeAnimationForKey("center");
     view.setCenter(center);
-    if (enabled && !(from == center))
+    if (enabled && duration > 0 && !(from == center))
         view.layer()->addAnimation(*eased("position", from, center, duration), "center");
 }
 
@@ -40,7 +40,7 @@ void UIViewAnimateAlpha(UIView& view, CGFloat alpha, double duration) {
     CGFloat from = view.alpha();
     view.layer()->removeAnimationForKey("alpha");
     view.setAlpha(alpha);
-    if (enabled && from != alpha)
+    if (enabled && duration > 0 && from != alpha)
         view.layer()->addAnimation(*eased("opacity", from, alpha, duration), "alpha");
 }
 

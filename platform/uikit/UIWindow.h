@@ -12,7 +12,8 @@ class UITextField;
 class UIViewController;
 
 /// The root of the view tree: hands touches and keys to the views. One touch at a time; further fingers are
-/// ignored until it is over.
+/// ignored until it is over. A view that goes from the screen while it is touched, or that something comes
+/// above, sees its touch cancelled; the rest of the touch is nobody's.
 class UIWindow final : public UIView {
   public:
     explicit UIWindow(const CGRect& frame);
@@ -57,7 +58,6 @@ class UIWindow final : public UIView {
     void deliverToView(const UITouch& touch);
     bool offerKey(UIKey key);
     bool scrollByKey(UIKey key);
-    std::vector<UIView*> focusOrder();
     bool moveFocus(int step);
     void showRing(UIView& view);
 

@@ -58,8 +58,8 @@ TEST(Reproduction, TheGeneratorDrawsTheCommittedPicturesByteForByte) {
     QTemporaryDir folder;
     const CommandResult run = runCommand(generator(quoted(folder.path())));
     ASSERT_EQ(run.status, 0) << run.output;
-    // 11 mark and glow pictures at three scales; five icons for each of at least 17 apps.
-    expectSameFiles(folder.path(), "*.png", 33 + 5 * 17);
+    // 11 mark and glow pictures and 5 of rows at three scales; five icons for each of at least 17 apps.
+    expectSameFiles(folder.path(), "*.png", 33 + 15 + 5 * 17);
 }
 
 TEST(Reproduction, TheScriptWritesTheCommittedPropertyLists) {

@@ -233,12 +233,16 @@ TEST_F(ListsTest, EverythingThatAListNamesIsThere) {
         }
         for (const char* property : {"set", "get", "action", "valuesDataSource", "titlesDataSource"}) {
             std::string selector = row.textForKey(property);
-            if (!selector.empty()) EXPECT_TRUE(RespondsToSelector(screen, selector)) << selector;
+            if (!selector.empty()) {
+                EXPECT_TRUE(RespondsToSelector(screen, selector)) << selector;
+            }
         }
         EXPECT_EQ(row.cellKind() == "PSButtonCell", !row.textForKey("action").empty());
         EXPECT_EQ(row.cellKind() == "PSLinkCell" || row.cellKind() == "PSLinkListCell",
                   !row.textForKey("detail").empty());
-        if (row.cellKind() == "PSLinkListCell") EXPECT_EQ(row.textForKey("detail"), "PSListItemsController");
+        if (row.cellKind() == "PSLinkListCell") {
+            EXPECT_EQ(row.textForKey("detail"), "PSListItemsController");
+        }
     });
     EXPECT_EQ(unknown, kToCome);
 }
@@ -327,9 +331,13 @@ TEST_F(ListsTest, ColourRowsSayWhatThePickerNeeds) {
 TEST_F(ListsTest, TextsAreWellFormed) {
     std::vector<std::string> texts;
     forEveryRow([&](const std::string&, PSListController&, PSSpecifier& row) {
-        if (row.cellKind() != "PSGroupCell" && row.identifier() != "preview") EXPECT_NE(row.name(), "");
+        if (row.cellKind() != "PSGroupCell" && row.identifier() != "preview") {
+            EXPECT_NE(row.name(), "");
+        }
         std::string footer = row.textForKey("footerText");
-        if (!footer.empty()) EXPECT_TRUE(footer.ends_with(".")) << footer;
+        if (!footer.empty()) {
+            EXPECT_TRUE(footer.ends_with(".")) << footer;
+        }
         texts.push_back(row.name());
         texts.push_back(footer);
         for (const PSSpecifier::Choice& choice : row.choices())

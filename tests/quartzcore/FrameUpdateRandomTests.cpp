@@ -1,4 +1,5 @@
-// Whatever is changed in whatever order: the bitmap that is only repaired must equal one that is painted anew.
+// Whatever is changed in whatever order: the bitmap that is only repaired must equal one that is painted
+// anew.
 
 #include "RandomTree.h"
 #include "quartzcore/FrameUpdate.h"

@@ -40,9 +40,7 @@ class RandomTree {
         const int kind = below(3);
         return kind == 0 ? value : kind == 1 ? std::round(value) : std::round(value * 2) / 2;
     }
-    CGColor color() {
-        return {between(0, 1), between(0, 1), between(0, 1), often() ? 1 : between(0, 1)};
-    }
+    CGColor color() { return {between(0, 1), between(0, 1), between(0, 1), often() ? 1 : between(0, 1)}; }
 
     void addLayer();
     void animate(CALayer& layer, double seconds);

@@ -9,7 +9,7 @@ failures=0
 
 clean() {
   rm -rf "${tree:?}"/*
-  mkdir -p "$tree"/platform/{foundation,corefoundation,coregraphics/raster} "$tree"/settings "$tree"/preview
+  mkdir -p "$tree"/platform/{foundation,corefoundation,coregraphics/raster} "$tree"/settings "$tree"/preview "$tree"/panes
   printf '#include "foundation/A.h"\n#include <vector>\n// Quartz, QA\n' >"$tree/platform/foundation/A.cpp"
   printf '#include <fcntl.h>\n' >"$tree/platform/foundation/B.cpp"
   printf '#include <QImage>\n' >"$tree/platform/coregraphics/raster/C.cpp"
@@ -38,6 +38,7 @@ noticed platform/coregraphics/P.cpp 'QPainter painter;' 'the toolkit outside'
 noticed platform/coregraphics/raster/RasterGraphics.h 'class QImage;' "the toolkit in the drawing's"
 noticed settings/S.cpp '#include <unistd.h>' 'system headers in the bundle'
 noticed preview/P.cpp '#include <sys/stat.h>' 'system headers in the bundle'
+noticed panes/P.cpp '#include <sys/stat.h>' 'system headers in the bundle'
 noticed platform/foundation/P.h '#include <fcntl.h>' "system headers in the platform's"
 rm -rf "${tree:?}"/preview
 "$check" "$tree" >/dev/null && { echo "a missing folder was not noticed"; failures=1; }

@@ -69,6 +69,7 @@ class Program {
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
+    pid_t id() const { return child_; }
     std::string output() const { return textOf(out_); }
     /// Waits for its end.
     Ended wait(double seconds = 60) {

@@ -80,15 +80,13 @@ class ControlFixture : public testing::Test {
     }
     /// Writes down the events of the control, in the order in which they come.
     static void record(UIControl& control, std::vector<std::string>& events) {
-        const std::pair<uint32_t, const char*> names[] = {{UIControlEventTouchDown, "down"},
-                                                          {UIControlEventTouchUpInside, "inside"},
-                                                          {UIControlEventTouchUpOutside, "outside"},
-                                                          {UIControlEventTouchCancel, "cancel"},
-                                                          {UIControlEventValueChanged, "value"},
-                                                          {UIControlEventEditingChanged, "editing"}};
+        const std::pair<uint32_t, const char*> names[] = {
+            {UIControlEventTouchDown, "down"},         {UIControlEventTouchUpInside, "inside"},
+            {UIControlEventTouchUpOutside, "outside"}, {UIControlEventTouchCancel, "cancel"},
+            {UIControlEventValueChanged, "value"},     {UIControlEventEditingChanged, "editing"}};
         for (const auto& [event, name] : names)
-            control.addTargetForControlEvents([&events, name = name](UIControl&) { events.emplace_back(name); },
-                                              event);
+            control.addTargetForControlEvents(
+                [&events, name = name](UIControl&) { events.emplace_back(name); }, event);
     }
 
     VirtualClock clock_;

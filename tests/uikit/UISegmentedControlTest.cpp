@@ -112,7 +112,7 @@ TEST_F(UISegmentedControlTest, Keys) {
 TEST_F(UISegmentedControlTest, TitlesShrinkTogetherAndNoFurtherThanNine) {
     for (const UILabel* label : labels())
         EXPECT_EQ(label->font().pointSize(), 13);
-    control_->setTitles({"Short", "A title that needs more", "x"});
+    control_->setTitles({"Short", "A title that is wide", "x"});
     const CGFloat size = labels()[0]->font().pointSize();
     EXPECT_LT(size, 13);
     EXPECT_GE(size, 9);

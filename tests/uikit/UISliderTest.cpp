@@ -237,13 +237,15 @@ TEST_F(UISliderTest, KeysMoveByAHundredthOrByTheStep) {
     slider_->setMaximumValue(200);
     EXPECT_TRUE(slider_->pressKey(UIKey::right));
     EXPECT_EQ(slider_->value(), 2);
-    EXPECT_TRUE(slider_->pressKey(UIKey::up));
+    EXPECT_TRUE(slider_->pressKey(UIKey::right));
     EXPECT_EQ(slider_->value(), 4);
     slider_->setKeyStep(3);
     EXPECT_TRUE(slider_->pressKey(UIKey::left));
     EXPECT_EQ(slider_->value(), 1);
-    EXPECT_TRUE(slider_->pressKey(UIKey::down));
+    EXPECT_TRUE(slider_->pressKey(UIKey::left));
     EXPECT_EQ(slider_->value(), 0);
+    EXPECT_FALSE(slider_->pressKey(UIKey::up)); // on to another row
+    EXPECT_FALSE(slider_->pressKey(UIKey::down));
     EXPECT_EQ(events_, (Events{"value", "inside", "value", "inside", "value", "inside", "value", "inside"}));
     events_.clear();
     EXPECT_TRUE(slider_->pressKey(UIKey::home)); // it is there already
@@ -303,9 +305,10 @@ TEST_F(UISliderTest, LooksTheSameAtEveryScale) {
         EXPECT_LT(at(*image, scale, {125, 130.5}), 0xF8F8F8U) << scale;
         EXPECT_EQ(at(*image, scale, {125, 145}), 0xFFFFFFU) << scale;
         // Left and right of the thumb are mirror images, but for the tracks' rows.
-        const int middle = static_cast<int>(125 * scale), y = static_cast<int>(122 * scale);
-        for (int x = 0; x < static_cast<int>(20 * scale); ++x)
-            EXPECT_LE(difference(image->pixel(middle + x, y), image->pixel(middle - 1 - x, y)), 2) << scale;
+        const int left = static_cast<int>(105 * scale), y = static_cast<int>(122 * scale);
+        const int mirrored = static_cast<int>(250 * scale) - 1;
+        for (int x = left; x < mirrored - x; ++x)
+            EXPECT_LE(difference(image->pixel(x, y), image->pixel(mirrored - x, y)), 2) << scale << " " << x;
         slider->removeFromSuperview();
     }
 }

@@ -137,7 +137,8 @@ TEST_F(UISwitchTest, LooksTheSameAtEveryScale) {
         if (scale != 1.5) { // there the height is no whole number of pixels
             for (int y = 0; y < height / 2; ++y) {
                 const int top = static_cast<int>(100 * scale);
-                EXPECT_LE(difference(image->pixel(x, top + y), image->pixel(x, top + height - 1 - y)), 2) << scale;
+                EXPECT_LE(difference(image->pixel(x, top + y), image->pixel(x, top + height - 1 - y)), 2)
+                    << scale;
             }
         }
     }

@@ -5,6 +5,7 @@
 #include "Icons.h"
 #include "Marks.h"
 #include "Png.h"
+#include "RowIcons.h"
 #include "Shapes.h"
 
 #include <QDir>
@@ -63,6 +64,14 @@ void drawMarks(Writer& writer) {
     }
 }
 
+void drawRowIcons(Writer& writer) {
+    for (const RowIcon& icon : rowIcons()) {
+        for (int scale : {1, 2, 3}) {
+            writer.write(bundleFolder + icon.stem, scale, icon.draw(scale));
+        }
+    }
+}
+
 void drawApps(Writer& writer) {
     auto draw = [&writer](const AppIcon& icon, const QString& stem, int points, int scale) {
         Canvas canvas(points * scale, iconSide);
@@ -87,6 +96,7 @@ int run(int argc, char** argv) {
     try {
         Writer writer(QString::fromLocal8Bit(argv[1]));
         drawMarks(writer);
+        drawRowIcons(writer);
         drawApps(writer);
         std::printf("%d pictures, %lld KiB\n", writer.files(), static_cast<long long>(writer.bytes() / 1024));
         return std::fflush(stdout) == 0 ? 0 : 1;

@@ -22,6 +22,8 @@ constexpr int kBandCells = 1 << 15;
 /// Areas are counted in these parts of a pixel.
 constexpr int kUnitBits = 18;
 constexpr int kOne = 1 << kUnitBits;
+/// Cutting off after it is added rounds numbers that are not negative, without a call.
+constexpr double kToNearest = 0.5;
 
 struct Edge {
     double x0, y0, x1, y1;
@@ -166,8 +168,8 @@ class Band {
         }
     }
 
-    static int units(double share) { return int(share * kOne + 0.5); }
-    static int nearest(double value) { return int(value < 0 ? value - 0.5 : value + 0.5); }
+    static int units(double share) { return int(share * kOne + kToNearest); }
+    static int nearest(double value) { return int(value + (value < 0 ? -kToNearest : kToNearest)); }
 
     void change(int row, int column, int by) {
         cells_[size_t(row - top_) * size_t(stride_) + size_t(column)] += unsigned(by);

@@ -14,6 +14,8 @@ constexpr size_t kKeptLines = 512;
 constexpr size_t kLongestKept = 512;
 constexpr size_t kKeptPaintedBytes = size_t(4) << 20;
 constexpr size_t kLargestPainted = size_t(256) << 10;
+constexpr double kPartsOfPixel = 1024;
+constexpr double kFarthest = 1 << 20; // pixels
 
 class KeepSink final : public CoverageSink {
   public:
@@ -52,20 +54,30 @@ std::shared_ptr<const TextLine> TextEngine::line(std::string_view utf8, int weig
 bool TextEngine::drawCached(const std::shared_ptr<const TextLine>& line,
                             const CGAffineTransform& lineToPixels, const PixelRect& clip,
                             CoverageSink& sink) {
+    // Scrolled text comes again at another place: what is kept stands at the same part of a pixel, told to a
+    // thousandth, and is moved by whole pixels.
+    const double left = std::floor(lineToPixels.tx);
+    const double top = std::floor(lineToPixels.ty);
+    if (!(std::fabs(left) < kFarthest && std::fabs(top) < kFarthest)) return false;
+    auto within = [](double part) { return std::round(part * kPartsOfPixel) / kPartsOfPixel; };
+    CGAffineTransform place = lineToPixels;
+    place.tx = within(lineToPixels.tx - left);
+    place.ty = within(lineToPixels.ty - top);
+
     std::lock_guard lock(mutex_);
     auto found = painted_.begin();
-    while (found != painted_.end() && !(found->line == line && found->place == lineToPixels))
+    while (found != painted_.end() && !(found->line == line && found->place == place))
         ++found;
     if (found != painted_.end()) {
         painted_.splice(painted_.begin(), painted_, found);
     } else {
         constexpr PixelRect kAnywhere{-(1 << 20), -(1 << 20), 1 << 20, 1 << 20};
-        PixelRect area = TouchedPixels(line->outline.boundingBox(), lineToPixels, kAnywhere);
+        PixelRect area = TouchedPixels(line->outline.boundingBox(), place, kAnywhere);
         size_t bytes = size_t(area.width()) * size_t(area.height());
         if (bytes > kLargestPainted) return false;
-        Painted painted{line, lineToPixels, area, std::vector<uint8_t>(bytes)};
+        Painted painted{line, place, area, std::vector<uint8_t>(bytes)};
         KeepSink keep(painted.coverage, area);
-        ScanConvert(line->outline, lineToPixels, area, keep);
+        ScanConvert(line->outline, place, area, keep);
         painted_.push_front(std::move(painted));
         paintedBytes_ += bytes;
         while (paintedBytes_ > kKeptPaintedBytes) {
@@ -74,11 +86,12 @@ bool TextEngine::drawCached(const std::shared_ptr<const TextLine>& line,
         }
     }
     const Painted& painted = painted_.front();
-    PixelRect seen = painted.area.intersected(clip);
+    const PixelRect area{painted.area.left + int(left), painted.area.top + int(top),
+                         painted.area.right + int(left), painted.area.bottom + int(top)};
+    PixelRect seen = area.intersected(clip);
     for (int y = seen.top; y < seen.bottom; ++y) {
-        const uint8_t* row =
-            painted.coverage.data() + size_t(y - painted.area.top) * size_t(painted.area.width());
-        sink.span(y, seen.left, seen.width(), row + (seen.left - painted.area.left));
+        const uint8_t* row = painted.coverage.data() + size_t(y - area.top) * size_t(area.width());
+        sink.span(y, seen.left, seen.width(), row + (seen.left - area.left));
     }
     return true;
 }

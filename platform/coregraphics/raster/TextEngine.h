@@ -47,7 +47,7 @@ class TextEngine {
     };
     struct Painted {
         std::shared_ptr<const TextLine> line;
-        CGAffineTransform place;
+        CGAffineTransform place; ///< with translations below one pixel
         PixelRect area;
         std::vector<uint8_t> coverage;
     };
