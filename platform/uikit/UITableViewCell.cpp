@@ -1,6 +1,5 @@
 #include "uikit/UITableViewCell.h"
 
-#include "uikit/ControlDrawing.h"
 #include "uikit/UIDevice.h"
 #include "uikit/UIImageView.h"
 #include "uikit/UILabel.h"
@@ -217,8 +216,7 @@ void UITableViewCell::showLine(std::shared_ptr<UIView>& line, Edge edge, CGFloat
         addSubview(line);
     }
     const CGFloat from = edge == Edge::full ? 0 : textInset();
-    const CGRect frame = CGRectMake(from, y, std::max<CGFloat>(0, bounds().size.width - from), thickness);
-    line->setFrame(window() ? AlignedToPixels(*this, frame) : frame); // or it would lie on two pixels
+    line->setFrame(CGRectMake(from, y, std::max<CGFloat>(0, bounds().size.width - from), thickness));
 }
 
 // Where the content ends at the right.

@@ -106,7 +106,6 @@ bool UIWindow::insertText(std::string_view utf8) {
 }
 
 bool UIWindow::sendKey(UIKey pressed) {
-    if (touching_) return false; // one hand at a time
     layoutIfNeeded();
     if (offerKey(pressed)) return true;
     switch (pressed) {

@@ -114,7 +114,7 @@ TEST_F(RenderTest, WithoutACommandPicturesAreMadeAndNamed) {
     int pictures = 0;
     for (std::string file; std::getline(lines, file); ++pictures)
         EXPECT_GT(std::filesystem::file_size(file), 1000U) << file;
-    EXPECT_EQ(pictures, 3);
+    EXPECT_EQ(pictures, 6);
 }
 
 } // namespace tallyforge::test

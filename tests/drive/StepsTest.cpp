@@ -86,7 +86,7 @@ TEST_F(StepsTest, SlideLandsOnTheValueExactly) {
     for (int value = -20; value <= 20; ++value) {
         if (value == 7) continue;
         EXPECT_EQ(traceOn("badge", "slide \"Horizontal offset\" 7\nslide \"Horizontal offset\" " +
-                                       std::to_string(value) + "\n")[6],
+                                       std::to_string(value) + "\n")[5],
                   "set com.quillon.tallyforge badgeoffsetX " + std::to_string(value));
         std::filesystem::remove(domainFile());
     }

@@ -262,7 +262,7 @@ TEST_F(TraceTest, ShowingAMarkPaneReloadsThePreviewOnceAndOtherScreensNever) {
 }
 
 TEST_F(TraceTest, EachScreenOnTheWayShowsOnce) {
-    EXPECT_EQ(trace("tap Badge\ntap Label\nback\nback\n"), (Lines{kReload, kReload, kReload}));
+    EXPECT_EQ(trace("tap Badge\ntap Number\nback\nback\n"), (Lines{kReload, kReload, kReload}));
     EXPECT_EQ(trace("tap Themes\nback\ntap \"Per-app themes\"\nback\n"), Lines{});
 }
 

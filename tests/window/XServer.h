@@ -67,7 +67,8 @@ class XServer {
         message.type = atom("WM_PROTOCOLS");
         message.data.data32[0] = atom("WM_DELETE_WINDOW");
         xcb_send_event(connection, 0, message.window, 0, reinterpret_cast<const char*>(&message));
-        xcb_flush(connection);
+        // The server forgets what it has not read of a client that is gone: an answer says that it has.
+        std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
         xcb_disconnect(connection);
     }
 
