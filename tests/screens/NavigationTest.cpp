@@ -446,7 +446,7 @@ TEST_F(NavigationTest, LongTitlesNeverOverlap) {
                       endless = "A title that is so long that no phone could ever show it whole";
     for (const std::string& former : {shortText, middling, longer, endless, std::string()}) {
         for (const std::string& present : {shortText, middling, longer, endless}) {
-            SCOPED_TRACE(former + " / " + present);
+            SCOPED_TRACE(testing::Message() << former << " / " << present);
             auto below = screen(former + "-"), above = screen(present + "-");
             below->setTitle(former);
             above->setTitle(present);

@@ -109,7 +109,7 @@ TEST_F(TableViewCellTest, LongTextsNeverOverlapAndEndInAnEllipsis) {
         for (const auto& [title, detail] : texts) {
             for (const auto type :
                  {UITableViewCellAccessoryType::none, UITableViewCellAccessoryType::disclosureIndicator}) {
-                SCOPED_TRACE(std::to_string(style) + " " + title + " " + detail);
+                SCOPED_TRACE(testing::Message() << style << " " << title << " " << detail);
                 auto cell = row(style, title, detail);
                 cell->setAccessoryType(type);
                 window_->layoutIfNeeded();
