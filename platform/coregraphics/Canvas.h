@@ -49,8 +49,8 @@ class Canvas {
     /// Narrow the clip until the matching restore. Edges of path clips are antialiased.
     virtual void clipToRect(const CGRect& rect) = 0;
     virtual void clipToPath(const CGPath& path) = 0;
-    /// An area of pixels that the clip lies in: painting outside of it does nothing. Empty when nothing can be
-    /// painted; a canvas that cannot tell says that it is without end.
+    /// An area of pixels that the clip lies in: painting outside of it does nothing. Empty when nothing can
+    /// be painted; a canvas that cannot tell says that it is without end.
     virtual CGRect clipBounds() const { return {{-1e9, -1e9}, {2e9, 2e9}}; }
 
     /// Alpha multiplies the colour's own.

@@ -4,8 +4,8 @@
 
 namespace tallyforge {
 
-/// The choices of one row, the present one with a checkmark. Choosing hands the value to the row's setter; the
-/// screen stays, so that the choice can be looked at.
+/// The choices of one row, the present one with a checkmark. Choosing hands the value to the row's setter;
+/// the screen stays, so that the choice can be looked at.
 class PSListItemsController final : public PSListController {
   public:
     const char* className() const override { return "PSListItemsController"; }

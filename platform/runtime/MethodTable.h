@@ -11,8 +11,8 @@ namespace tallyforge {
 class NSObject;
 class PropertyList;
 
-/// What a method that is called by its selector's text is handed. "tap" takes nothing, "followMe:" the object,
-/// "setValue:forSpecifier:" the value and the object.
+/// What a method that is called by its selector's text is handed. "tap" takes nothing, "followMe:" the
+/// object, "setValue:forSpecifier:" the value and the object.
 struct MethodArguments {
     const PropertyList* value = nullptr;
     std::shared_ptr<NSObject> object;

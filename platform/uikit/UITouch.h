@@ -21,6 +21,22 @@ struct UITouch {
 };
 
 /// A key that screens understand by itself; text goes to the text field that is being edited.
-enum class UIKey { up, down, left, right, tab, backTab, space, enter, escape, home, end, pageUp, pageDown, backspace, forwardDelete };
+enum class UIKey {
+    up,
+    down,
+    left,
+    right,
+    tab,
+    backTab,
+    space,
+    enter,
+    escape,
+    home,
+    end,
+    pageUp,
+    pageDown,
+    backspace,
+    forwardDelete
+};
 
 } // namespace tallyforge

@@ -1,5 +1,8 @@
 #include "window/Keys.h"
 
+#include "coregraphics/Canvas.h"
+#include "rastergraphics/RasterGraphics.h"
+
 #include <QKeyEvent>
 
 #include <gtest/gtest.h>
@@ -13,6 +16,7 @@ QKeyEvent pressed(int key, Qt::KeyboardModifiers held = Qt::NoModifier, const ch
 }
 
 TEST(WindowKeys, AreThoseOfTheScreens) {
+    Graphics::install(MakeRasterGraphics()); // brings along what the leak checker must know of the toolkit
     EXPECT_EQ(ScreenKey(pressed(Qt::Key_Up)), UIKey::up);
     EXPECT_EQ(ScreenKey(pressed(Qt::Key_Down)), UIKey::down);
     EXPECT_EQ(ScreenKey(pressed(Qt::Key_Left)), UIKey::left);
