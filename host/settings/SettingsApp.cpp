@@ -5,7 +5,6 @@
 #include "panes/RegisterPanes.h"
 #include "preferences/PSListController.h"
 #include "preferences/PSListItemsController.h"
-#include "preview/PreviewCell.h"
 #include "quartzcore/CADisplayLink.h"
 #include "quartzcore/Presentation.h"
 #include "settings/Settings.h"
@@ -64,7 +63,6 @@ Stack wayTo(const std::string& className, const std::shared_ptr<UIViewController
 } // namespace
 
 void RegisterSettingsClasses() {
-    RegisterClass("PreviewCell", {[] { return std::make_shared<PreviewCell>(); }});
     RegisterClass("PSListItemsController", {[] { return std::make_shared<PSListItemsController>(); }});
     RegisterPanes();
 }
