@@ -35,7 +35,6 @@ constexpr double kLongestWait = 3600;
 /// One step: its words, those in quotation marks without them.
 struct Step {
     std::vector<std::string> words;
-    std::vector<bool> quoted;
     size_t count() const { return words.size(); }
     bool is(size_t index, std::string_view word) const { return index < count() && words[index] == word; }
 };
@@ -58,7 +57,6 @@ Result<Step> parseStep(const std::string& line) {
             while (i < line.size() && !isBlank(line[i]))
                 word += line[i++];
             step.words.push_back(word);
-            step.quoted.push_back(false);
             continue;
         }
         for (++i; i < line.size() && line[i] != '"'; ++i) {
@@ -70,7 +68,6 @@ Result<Step> parseStep(const std::string& line) {
         if (i < line.size() && !isBlank(line[i]) && line[i] != '#')
             return Error{"after a closing quotation mark a blank is missing"};
         step.words.push_back(word);
-        step.quoted.push_back(true);
     }
     return step;
 }
@@ -196,9 +193,15 @@ Status Driver::tap(const Step& step) {
         return Done{};
     }
     auto where = screen_.pointShowing(step.words[1]);
-    if (!where) return Error{"nothing on the screen shows '" + step.words[1] + "'"};
+    if (!where) return where.error();
     tapAt(*where);
     return Done{};
+}
+
+// But for what coordinates leave of a number.
+bool standsAt(const UISlider& slider, double value) {
+    const double range = double{slider.maximumValue()} - slider.minimumValue();
+    return std::abs(slider.value() - value) <= 1e-6 * std::max(1.0, range);
 }
 
 Status Driver::slide(const Step& step) {
@@ -221,13 +224,16 @@ Status Driver::slide(const Step& step) {
         touch(UITouchPhase::began, thumbAt(slider->value()));
     else if (!slider->tracking())
         return Error{"a finger is still down elsewhere"};
-    if (!slider->tracking()) { // it takes no touches
-        touch(UITouchPhase::ended, finger_);
-        return Done{};
+    if (!slider->tracking()) {
+        touch(UITouchPhase::cancelled, finger_); // it is no tap on the row either
+        return Error{"the slider '" + step.words[1] + "' takes no touches"};
     }
     const CGPoint to = thumbAt(static_cast<float>(*value));
     touch(UITouchPhase::moved, to);
     if (!hold) touch(UITouchPhase::ended, to);
+    if (!standsAt(*slider, *value))
+        return Error{"the slider '" + step.words[1] + "' stands at " +
+                     PropertyList::floatNumber(slider->value()).description()};
     return Done{};
 }
 
@@ -256,8 +262,7 @@ Status Driver::drag(const Step& step) {
 }
 
 Status Driver::scroll(const Step& step) {
-    if (!screen_.scrollTo(step.words[1])) return Error{"nothing on the screen shows '" + step.words[1] + "'"};
-    return Done{};
+    return screen_.scrollTo(step.words[1]);
 }
 
 Status Driver::pick(const Step& step) {

@@ -5,6 +5,7 @@
 #include "preferences/PSListController.h"
 #include "preferences/PSTableCell.h"
 #include "uikit/UIAlertView.h"
+#include "uikit/UIGestureRecognizer.h"
 #include "uikit/UIPickerView.h"
 #include "uikit/UISegmentedControl.h"
 #include "uikit/UISlider.h"
@@ -57,6 +58,18 @@ std::vector<UIView*> viewsShowing(UIView& within, const std::string& text) {
 
 CGPoint middle(const CGRect& rect) {
     return {CGRectGetMidX(rect), CGRectGetMidY(rect)};
+}
+
+// Whether a finger on it may do something; the rows of a table and of a picker count, whatever they are for.
+bool isTouchable(UIView* view) {
+    if (enclosing<UIControl>(view) || enclosing<UITableViewCell>(view) || enclosing<UIPickerView>(view))
+        return true;
+    for (; view; view = view->superview()) {
+        for (const auto& gesture : view->gestureRecognizers()) {
+            if (dynamic_cast<const UITapGestureRecognizer*>(gesture.get())) return true;
+        }
+    }
+    return false;
 }
 
 std::string accessoryName(UITableViewCell& cell) {
@@ -117,33 +130,31 @@ UITableView* Screen::table() const {
     return firstBelow<UITableView>(*controller().view());
 }
 
-UIView* Screen::viewShowing(const std::string& text) {
+UIView* Screen::viewShowing(const std::string& text, Wanted wanted) {
     app_.step();
     const auto alert = FrontAlertPanel();
     std::vector<UIView*> found = viewsShowing(alert ? static_cast<UIView&>(*alert) : app_.window(), text);
-    // The title in the bar is nothing to touch; where something else shows the same, that is meant.
+    const auto touchable = std::find_if(found.begin(), found.end(), isTouchable);
+    if (wanted == Wanted::touchable) return touchable != found.end() ? *touchable : nullptr;
+    // Rather something else than the title in the bar, and in an alert a button rather than a word.
     auto isInBar = [&](UIView* view) {
         return !alert && middle(inWindow(*view)).y < app_.navigation().contentFrame().origin.y &&
                !enclosing<UIControl>(view);
     };
     auto best = std::find_if_not(found.begin(), found.end(), isInBar);
-    if (alert) { // a button rather than a word of the question
-        auto button = std::find_if(found.begin(), found.end(),
-                                   [](UIView* view) { return enclosing<UIControl>(view) != nullptr; });
-        if (button != found.end()) best = button;
-    }
+    if (alert && touchable != found.end()) best = touchable;
     return best != found.end() ? *best : found.empty() ? nullptr : found.front();
 }
 
-UIView* Screen::findScrolling(const std::string& text) {
-    if (UIView* view = viewShowing(text)) return view;
+UIView* Screen::findScrolling(const std::string& text, Wanted wanted) {
+    if (UIView* view = viewShowing(text, wanted)) return view;
     UITableView* scroll = FrontAlertPanel() ? nullptr : table();
     if (!scroll) return nullptr;
     const CGPoint before = scroll->contentOffset();
     const CGFloat page = std::max<CGFloat>(44, scroll->bounds().size.height - 44);
     for (CGFloat offset = scroll->minimumOffset();; offset += page) {
         scroll->setContentOffset({0, std::min(offset, scroll->maximumOffset())});
-        if (UIView* view = viewShowing(text)) return view;
+        if (UIView* view = viewShowing(text, wanted)) return view;
         if (offset >= scroll->maximumOffset()) break;
     }
     scroll->setContentOffset(before);
@@ -151,23 +162,28 @@ UIView* Screen::findScrolling(const std::string& text) {
     return nullptr;
 }
 
-bool Screen::scrollTo(const std::string& text) {
-    UIView* view = findScrolling(text);
-    if (!view) return false;
-    if (auto* scroll = enclosing<UITableView>(view)) {
-        scroll->scrollRectToVisible(view->convertRectToView(view->bounds(), scroll));
-        if (auto* cell = enclosing<UITableViewCell>(view)) {
-            if (auto path = scroll->indexPathForCell(*cell)) scroll->scrollToRowAtIndexPath(*path);
-        }
-        app_.step();
+UIView* Screen::bringOnScreen(const std::string& text, Wanted wanted) {
+    UIView* view = findScrolling(text, wanted);
+    auto* scroll = view ? enclosing<UITableView>(view) : nullptr;
+    if (!scroll) return view;
+    scroll->scrollRectToVisible(view->convertRectToView(view->bounds(), scroll));
+    if (auto* cell = enclosing<UITableViewCell>(view)) {
+        if (auto path = scroll->indexPathForCell(*cell)) scroll->scrollToRowAtIndexPath(*path);
     }
-    return true;
+    return viewShowing(text, wanted); // another one, where the row has been made anew
 }
 
-std::optional<CGPoint> Screen::pointShowing(const std::string& text) {
-    if (!scrollTo(text)) return std::nullopt;
-    UIView* view = viewShowing(text);
-    if (!view) return std::nullopt;
+Status Screen::scrollTo(const std::string& text) {
+    if (bringOnScreen(text, Wanted::anything)) return Done{};
+    return Error{"nothing on the screen shows '" + text + "'"};
+}
+
+Result<CGPoint> Screen::pointShowing(const std::string& text) {
+    UIView* view = bringOnScreen(text, Wanted::touchable);
+    if (!view) {
+        if (auto shown = scrollTo(text); !shown) return shown.error();
+        return Error{"'" + text + "' is no row, button or other control"};
+    }
     if (auto* segments = enclosing<UISegmentedControl>(view)) {
         const auto& titles = segments->titles();
         auto index = std::find(titles.begin(), titles.end(), text) - titles.begin();
@@ -186,10 +202,9 @@ std::optional<CGPoint> Screen::pointShowing(const std::string& text) {
 }
 
 UISlider* Screen::sliderOf(const std::string& row) {
-    if (!scrollTo(row)) return nullptr;
-    UIView* view = viewShowing(row);
+    UIView* view = bringOnScreen(row, Wanted::touchable);
     if (auto* slider = dynamic_cast<UISlider*>(view)) return slider;
-    auto* cell = enclosing<UITableViewCell>(view);
+    auto* cell = view ? enclosing<UITableViewCell>(view) : nullptr;
     return cell ? firstBelow<UISlider>(*cell) : nullptr;
 }
 

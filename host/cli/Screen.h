@@ -1,11 +1,11 @@
 #pragma once
 
+#include "foundation/Result.h"
 #include "settings_app/SettingsApp.h"
 #include "uikit/UITableView.h"
 
 #include <nlohmann/json_fwd.hpp>
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,11 +25,11 @@ class Screen {
     /// Why the screen is empty, when the device has no readable list of its rows; empty when it has rows.
     std::string whyEmpty() const;
 
-    /// Where to touch what shows the text, in the window; the alert in front counts alone. Scrolls to it
-    /// where need be. Nothing when it is nowhere.
-    std::optional<CGPoint> pointShowing(const std::string& text);
-    /// Brings the text on screen; false when it is nowhere.
-    bool scrollTo(const std::string& text);
+    /// Where to touch the row or control that shows the text, in the window; the alert in front counts alone.
+    /// Scrolls to it where need be. An error when the text is nowhere, or only on what nobody touches.
+    Result<CGPoint> pointShowing(const std::string& text);
+    /// Brings the text on screen; an error when it is nowhere.
+    Status scrollTo(const std::string& text);
     /// The slider of the row that shows the text, or the one that is called so; nullptr without one.
     UISlider* sliderOf(const std::string& row);
 
@@ -37,8 +37,10 @@ class Screen {
     nlohmann::ordered_json inspect(bool pad, double time);
 
   private:
-    UIView* viewShowing(const std::string& text);
-    UIView* findScrolling(const std::string& text);
+    enum class Wanted { anything, touchable };
+    UIView* viewShowing(const std::string& text, Wanted wanted);
+    UIView* findScrolling(const std::string& text, Wanted wanted);
+    UIView* bringOnScreen(const std::string& text, Wanted wanted);
     nlohmann::ordered_json rows();
     nlohmann::ordered_json rowJson(UITableView& shown, NSIndexPath path);
 

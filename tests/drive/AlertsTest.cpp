@@ -128,6 +128,13 @@ TEST_F(AlertsTest, WhatTheAlertHidesCannotBeReached) {
     EXPECT_NE(errors_.find("no text field is in front"), std::string::npos) << errors_;
 }
 
+TEST_F(AlertsTest, ItsWordsAreNothingToTap) {
+    EXPECT_EQ(run("open ask\ntap \"Under a name\"\n"), 1);
+    EXPECT_NE(errors_.find("line 2: 'Under a name' is no row, button or other control"), std::string::npos)
+        << errors_;
+    EXPECT_EQ(clicked_, -1);
+}
+
 TEST_F(AlertsTest, AfterTheAnswerTheScreenIsThereAgain) {
     EXPECT_EQ(run("open ask\ntap Cancel\ninspect \"" + json_ + "\"\nback\n"), 0) << errors_;
     EXPECT_TRUE(inspected()["alert"].is_null());

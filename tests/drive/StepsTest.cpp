@@ -18,6 +18,32 @@ class StepsTest : public DriveTest {
         EXPECT_EQ(ended.status, 1) << script;
         EXPECT_NE(ended.errors.find(says), std::string::npos) << ended.errors;
     }
+    static Dictionary link(const char* label, const char* detail = "badgeListController") {
+        Dictionary row;
+        row.setObjectForKey(PropertyList::string("PSLinkCell"), "cell");
+        row.setObjectForKey(PropertyList::string(label), "label");
+        row.setObjectForKey(PropertyList::string(detail), "detail");
+        return row;
+    }
+    /// As the device's own list has it, but called otherwise.
+    static Dictionary slider(const char* label, const char* key) {
+        Dictionary row;
+        for (const Dictionary& own : rowsOfList("badge")) {
+            if (text(own, "key") == key) row = own;
+        }
+        row.setObjectForKey(PropertyList::string(label), "label");
+        return row;
+    }
+    /// Makes these the rows of the pane.
+    void writeRows(const std::string& pane, const std::vector<Dictionary>& rows) const {
+        PropertyList::Array items;
+        for (const Dictionary& row : rows)
+            items.push_back(PropertyList::dictionary(row));
+        Dictionary list;
+        list.setObjectForKey(PropertyList::array(items), "items");
+        device.write(kBundle + pane + "prefs.plist",
+                     BinaryPropertyList::Serialize(PropertyList::dictionary(list)));
+    }
     static CGPoint middle(const Json& row) {
         const Json& frame = row["frame"];
         return {frame["x"].get<double>() + frame["width"].get<double>() / 2,
@@ -60,21 +86,42 @@ TEST_F(StepsTest, TapTakesAPoint) {
 }
 
 TEST_F(StepsTest, ATextThatTwoRowsShowMeansTheUpperOne) {
-    auto link = [](const char* label, const char* detail) {
-        Dictionary row;
-        row.setObjectForKey(PropertyList::string("PSLinkCell"), "cell");
-        row.setObjectForKey(PropertyList::string(label), "label");
-        row.setObjectForKey(PropertyList::string(detail), "detail");
-        return PropertyList::dictionary(row);
-    };
-    Dictionary list;
-    list.setObjectForKey(
-        PropertyList::array({link("Same", "badgeListController"), link("Same", "themesListController"),
-                             link("Same", "newdotListController")}),
-        "items");
-    device.write(kBundle + "tallyforgeprefs.plist",
-                 BinaryPropertyList::Serialize(PropertyList::dictionary(list)));
+    writeRows("tallyforge",
+              {link("Same"), link("Same", "themesListController"), link("Same", "newdotListController")});
     EXPECT_EQ(after("tap Same\n")["rows"].size(), rowsOfList("badge").size());
+}
+
+TEST_F(StepsTest, TapRefusesATextThatIsNothingToTouch) {
+    expectStops("tap Tallyforge\n", "line 1: 'Tallyforge' is no row, button or other control"); // the bar
+    expectStops("open badge\ntap SIZE\n", "line 2: nothing on the screen shows 'SIZE'");
+    const std::string footer = "Writes the count the Roman way: VI in place of 6.";
+    expectStops("open badge\ntap \"" + footer + "\"\n", "line 2: '" + footer + "' is no row");
+    EXPECT_FALSE(std::filesystem::exists(domainFile()));
+}
+
+TEST_F(StepsTest, TapMeansARowFurtherDownRatherThanTheTitleAbove) {
+    std::vector<Dictionary> rows(20, link("Other"));
+    rows.push_back(link("Badge"));
+    writeRows("badge", rows);
+    EXPECT_EQ(after("open badge\ntap Badge\n")["stack"], Json({"Tallyforge", "Badge", "Badge"}));
+}
+
+TEST_F(StepsTest, SlideIsRefusedByADisabledRow) {
+    Dictionary row = slider("Size", "badgesize");
+    row.setObjectForKey(PropertyList::boolean(false), "enabled");
+    writeRows("badge", {row});
+    expectStops("open badge\nslide Size 1\n", "line 2: the slider 'Size' takes no touches");
+    expectStops("open badge\nslide Size 1 hold\n", "line 2: the slider 'Size' takes no touches");
+    EXPECT_FALSE(std::filesystem::exists(domainFile()));
+}
+
+// Told when it is let go, a row whose getter reads nothing shows its least value again.
+TEST_F(StepsTest, SlideIsRefusedWhereTheValueDoesNotStay) {
+    Dictionary row = slider("Size", "badgesize");
+    row.setObjectForKey(PropertyList::string("readNothing:"), "get");
+    row.setObjectForKey(PropertyList::boolean(false), "isContinuous");
+    writeRows("badge", {row});
+    expectStops("open badge\nslide Size 1\n", "line 2: the slider 'Size' stands at -1.5");
 }
 
 TEST_F(StepsTest, SlideLandsOnTheValueExactly) {
