@@ -13,7 +13,6 @@ namespace tallyforge {
 namespace {
 
 constexpr CGFloat kSideInset = 15;
-constexpr CGFloat kUsualHeight = 44;
 constexpr CGFloat kGap = 8; // between title, detail and accessory
 constexpr CGFloat kImageGap = 15;
 constexpr double kFade = 0.3; // seconds
@@ -242,9 +241,7 @@ void UITableViewCell::layoutTexts(const CGRect& room) {
     if (style_ == UITableViewCellStyleSubtitle && detail > 0) {
         const CGFloat titleHeight = textLabel_ ? std::ceil(textLabel_->font().pointSize() * 1.22) : 0;
         const CGFloat detailHeight = std::ceil(detailLabel_->font().pointSize() * 1.25);
-        // A high row keeps its texts at the top, beside what it is high for.
-        const CGFloat block = std::min(height, kUsualHeight);
-        const CGFloat top = std::floor((block - titleHeight - detailHeight) / 2);
+        const CGFloat top = std::floor((height - titleHeight - detailHeight) / 2);
         if (textLabel_) textLabel_->setFrame(CGRectMake(left, top, title, titleHeight));
         detailLabel_->setFrame(CGRectMake(left, top + titleHeight, detail, detailHeight));
         return;
