@@ -89,7 +89,8 @@ class Options {
     void pane(CLI::App* app) {
         app->add_option("--pane", command_.pane,
                         "A whole screen instead of the preview alone: tallyforge (the first one), badge, "
-                        "badgecolor, closebox, newdot, themes, ...; --size is then the screen's")
+                        "badgecolor, closebox, newdot, themes, ..., or the row that opens it: "
+                        "badgebgcol, ...; --size is then the screen's")
             ->type_name("PANE");
     }
     void scale(CLI::App* app) {
@@ -173,6 +174,13 @@ void AddSettingsCommands(CLI::App& app, Options& options, Command& words) {
                                  "tallyforge unset badgesize badgeshape");
     unset->add_option("KEY", words.words, "The settings")->required()->expected(1, 4096);
 
+    CLI::App* colors =
+        AddCommand(app, options, "colors",
+                   "Print the colours that the picker offers: palette, name, and the value to set",
+                   "tallyforge colors --json");
+    colors->alias("colours");
+    options.json(colors);
+
     CLI::App* randomize =
         AddCommand(app, options, "randomize", "Give every setting of a mark a random value; there is no undo",
                    "tallyforge randomize badge --seed 7");
@@ -230,7 +238,7 @@ void AddPictureCommands(CLI::App& app, Options& options, Command& words) {
 
 constexpr const char* kDriveHelp =
     "Steps, one a line; # begins a comment:\n"
-    "  open PANE                        goes to that screen\n"
+    "  open PANE                        goes to that screen, or to the one that a row opens\n"
     "  back                             taps the way back\n"
     "  tap \"TEXT\"                       taps the row, button or alert button that shows it\n"
     "  tap X Y                          taps a point of the screen\n"

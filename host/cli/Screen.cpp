@@ -196,6 +196,11 @@ Result<CGPoint> Screen::pointShowing(const std::string& text) {
     if (!cell) return middle(inWindow(*view));
     // A row is operated by its switch where it has one.
     if (auto* own = dynamic_cast<UISwitch*>(cell->accessoryView().get())) return middle(inWindow(*own));
+    // Of a row that has the text as its name, the place where that stands.
+    if (view == cell) {
+        const auto shown = viewsShowing(*cell->contentView(), text);
+        if (!shown.empty()) view = shown.front();
+    }
     const CGRect row = inWindow(*cell);
     return CGPoint{middle(inWindow(*view)).x,
                    row.size.height > 88 ? middle(inWindow(*view)).y : middle(row).y};

@@ -11,6 +11,9 @@ int RunSet(const Command& command);
 int RunUnset(const Command& command);
 int RunWatch(const Command& command);
 
+/// The colours to choose from. Needs no device.
+int RunColors(const Command& command);
+
 /// Those of a mark's whole look.
 int RunRandomize(const Command& command);
 int RunReset(const Command& command);

@@ -1,5 +1,6 @@
 #include "settings_app/SettingsApp.h"
 
+#include "colorpicker/RegisterColorPicker.h"
 #include "corefoundation/CFPreferences.h"
 #include "foundation/Dispatch.h"
 #include "panes/RegisterPanes.h"
@@ -39,19 +40,26 @@ bool showsOtherThan(const Dictionary& settings, const PSSpecifier& row) {
     return shown && held ? !(*shown == *held) : shown != held;
 }
 
-// The screens from the root to the one of that class, by the shortest way of link rows; empty without one.
-Stack wayTo(const std::string& className, const std::shared_ptr<UIViewController>& root) {
+bool opensScreen(const PSSpecifier& row) {
+    return row.cellKind() == "PSLinkCell" || row.cellKind() == "PSLinkListCell";
+}
+
+// The screens from the root to the wanted one, by the shortest way of rows; empty without one. The screen is
+// asked for together with the row that it is opened from (none for the root).
+template <class Wanted>
+Stack wayTo(const Wanted& wanted, const std::shared_ptr<UIViewController>& root) {
     std::deque<Stack> ways{{root}};
     std::set<std::string> seen;
     while (!ways.empty()) {
         Stack way = std::move(ways.front());
         ways.pop_front();
-        if (way.back()->className() == className) return way;
-        auto* screen = dynamic_cast<PSListController*>(way.back().get());
-        if (!screen || !seen.insert(screen->className()).second) continue;
-        for (const PSSpecifierRef& row : screen->specifiers()) {
-            if (row->cellKind() != "PSLinkCell") continue;
-            auto next = screen->controllerForSpecifier(row);
+        auto* screen = dynamic_cast<PSViewController*>(way.back().get());
+        if (!screen) continue;
+        if (wanted(*screen, screen->specifier().get())) return way;
+        auto* list = dynamic_cast<PSListController*>(screen);
+        if (!list || (!seen.insert(list->className()).second)) continue;
+        for (const PSSpecifierRef& row : list->specifiers()) {
+            auto next = opensScreen(*row) ? list->controllerForSpecifier(row) : nullptr;
             if (!next) continue;
             ways.push_back(way);
             ways.back().push_back(std::move(next));
@@ -60,11 +68,23 @@ Stack wayTo(const std::string& className, const std::shared_ptr<UIViewController
     return {};
 }
 
+Stack wayToClass(const std::string& name, const std::shared_ptr<UIViewController>& root) {
+    return wayTo(
+        [&](const PSViewController& screen, const PSSpecifier*) { return screen.className() == name; }, root);
+}
+
+Stack wayToRow(const std::string& identifier, const std::shared_ptr<UIViewController>& root) {
+    return wayTo([&](const PSViewController&,
+                     const PSSpecifier* row) { return row && row->identifier() == identifier; },
+                 root);
+}
+
 } // namespace
 
 void RegisterSettingsClasses() {
     RegisterClass("PSListItemsController", {[] { return std::make_shared<PSListItemsController>(); }});
     RegisterPanes();
+    RegisterColorPicker();
 }
 
 SettingsApp::SettingsApp() {
@@ -106,7 +126,8 @@ bool SettingsApp::openPane(const std::string& name) {
     const std::string wanted = classNameOfPane(name);
     if (navigation_->topViewController()->className() == wanted) return true;
     const auto& root = navigation_->viewControllers().front();
-    Stack way = wayTo(wanted, root);
+    Stack way = wayToClass(wanted, root);
+    if (way.empty()) way = wayToRow(name, root);
     if (way.empty()) { // no row leads there where the device's lists cannot be read
         const ObjCClass* cls = NSClassFromString(wanted);
         auto screen = cls ? std::dynamic_pointer_cast<UIViewController>(cls->alloc()) : nullptr;

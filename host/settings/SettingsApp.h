@@ -31,8 +31,9 @@ class SettingsApp {
     /// Whether the screen changes by itself, so that another frame is wanted.
     bool animating() const;
 
-    /// From the root to the screen of that name ("badge", "tallyforge"), by way of the rows that lead there.
-    /// False when there is none. A screen that no row leads to comes right after the root.
+    /// From the root to the screen of that name ("badge", "tallyforge"), or to the one that the row of that
+    /// identifier opens ("badgebgcol"), by way of the rows that lead there. False when there is none. A
+    /// screen that no row leads to comes right after the root.
     bool openPane(const std::string& name);
 
     /// Makes anew what was made for another scale of the screen.

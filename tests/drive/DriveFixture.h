@@ -82,6 +82,18 @@ inline Lines change(const std::string& key, const std::string& value) {
 }
 
 inline const std::string kReload = "post reloadTallyforgePreviewNotify";
+inline const std::string kSynchronise = "synchronize com.quillon.tallyforge";
+
+/// What happens when the pane comes on screen: the preview of a mark's pane draws, and a colour row reads its
+/// setting from the file.
+inline Lines appearance(const std::string& pane) {
+    Lines lines;
+    if (std::find(kMarkPanes.begin(), kMarkPanes.end(), pane) != kMarkPanes.end()) lines.push_back(kReload);
+    for (const Dictionary& row : rowsOfList(pane)) {
+        if (text(row, "cellClass") == "QuillonColorPickerLinkCell") lines.push_back(kSynchronise);
+    }
+    return lines;
+}
 
 inline Lines joined(std::initializer_list<Lines> parts) {
     Lines all;
@@ -122,12 +134,11 @@ class DriveTest : public testing::Test {
     /// The effects from a pane that is already there.
     Lines traceOn(const std::string& pane, const std::string& script) const {
         Lines all = trace("open " + pane + "\n" + script);
-        bool shows = std::find(kMarkPanes.begin(), kMarkPanes.end(), pane) != kMarkPanes.end();
-        if (shows && !all.empty()) {
-            EXPECT_EQ(all.front(), kReload);
-            all.erase(all.begin());
-        }
-        return all;
+        const Lines first = appearance(pane);
+        if (all.size() < first.size()) return all;
+        const auto after = all.begin() + static_cast<std::ptrdiff_t>(first.size());
+        EXPECT_EQ(Lines(all.begin(), after), first);
+        return {after, all.end()};
     }
     Json inspect(std::vector<std::string> words) const {
         words.insert(words.begin(), "inspect");

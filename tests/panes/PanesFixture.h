@@ -1,13 +1,12 @@
 #pragma once
 
-#include "corefoundation/CFNotificationCenter.h"
+#include "colorpicker/RegisterColorPicker.h"
 #include "corefoundation/CFPreferences.h"
-#include "corefoundation/NSUserDefaults.h"
-#include "foundation/NSNotificationCenter.h"
 #include "foundation/Random.h"
 #include "panes/RegisterPanes.h"
 #include "preferences/PSListController.h"
 #include "support/DeviceFixture.h"
+#include "support/EffectLog.h"
 #include "uikit/UIApplication.h"
 
 #include <gtest/gtest.h>
@@ -51,13 +50,10 @@ class PanesTest : public testing::Test {
                 std::filesystem::copy_file(entry.path(), device_.file(kBundle) / entry.path().filename());
         }
         RegisterPanes();
+        RegisterColorPicker();
         listen();
     }
     ~PanesTest() override {
-        CFPreferencesSetTrace({});
-        NSUserDefaults::standardUserDefaults().setTrace({});
-        NSNotificationCenter::defaultCenter().setTrace({});
-        CFNotificationCenterGetDarwinNotifyCenter().setTrace({});
         PSListController::setReloadTrace({});
         UIApplication::sharedApplication().setTrace({});
         UIApplication::sharedApplication().setOpener({});
@@ -78,29 +74,19 @@ class PanesTest : public testing::Test {
         row->performSetter(value);
     }
 
-    std::vector<std::string> told;
     TestDevice device_;
 
   private:
     void listen() {
-        auto tell = [this](std::string verb, std::string_view what) {
-            told.push_back(std::move(verb) + " " + std::string(what));
-        };
-        CFPreferencesSetTrace(
-            {.set =
-                 [this](std::string_view domain, std::string_view key, const PropertyList* value) {
-                     told.push_back("set " + std::string(domain) + " " + std::string(key) + " " +
-                                    (value ? value->description() : "nothing"));
-                 },
-             .synchronize = [tell](std::string_view domain) { tell("synchronize", domain); }});
-        NSUserDefaults::standardUserDefaults().setTrace([this] { told.push_back("synchronize-defaults"); });
-        NSNotificationCenter::defaultCenter().setTrace([tell](std::string_view name) { tell("post", name); });
-        CFNotificationCenterGetDarwinNotifyCenter().setTrace(
-            [tell](std::string_view name) { tell("darwin", name); });
-        PSListController::setReloadTrace([tell](const std::string& id) { tell("reload-specifier", id); });
+        PSListController::setReloadTrace(
+            [this](const std::string& id) { log_.tell("reload-specifier", id); });
         UIApplication::sharedApplication().setTrace(
-            [tell](const std::string& url) { tell("open-url", url); });
+            [this](const std::string& url) { log_.tell("open-url", url); });
     }
+    EffectLog log_;
+
+  protected:
+    std::vector<std::string>& told = log_.lines;
 };
 
 } // namespace tallyforge::test
