@@ -1,5 +1,6 @@
 #include "settings_app/SettingsApp.h"
 
+#include "appselect/RegisterAppSelect.h"
 #include "corefoundation/CFPreferences.h"
 #include "foundation/Dispatch.h"
 #include "panes/RegisterPanes.h"
@@ -35,19 +36,29 @@ Dictionary domainNow() {
 bool showsOtherThan(const Dictionary& settings, const PSSpecifier& row) {
     if (row.textForKey("defaults") != kSettingsDomain) return false;
     const PropertyList* shown = row.propertyForKey("value");
+    if (!shown && row.cellKind() == "PSLinkCell") return false; // it leads to the value, and shows none
     const PropertyList* held = settings.objectForKey(row.textForKey("key"));
     if (!held) held = row.propertyForKey("default");
     return shown && held ? !(*shown == *held) : shown != held;
 }
 
-// The screens from the root to the one of that class, by the shortest way of link rows; empty without one.
-Stack wayTo(const std::string& className, const std::shared_ptr<UIViewController>& root) {
+// Whether this is the screen that goes by the name: a pane's by its class, one that serves many rows by its
+// row.
+bool isCalled(const std::string& name, const UIViewController& screen) {
+    if (screen.className() == classNameOfPane(name)) return true;
+    const auto* opened = dynamic_cast<const PSViewController*>(&screen);
+    const bool serves = opened && opened->specifier() && !dynamic_cast<const PSListController*>(opened);
+    return serves && !name.empty() && opened->specifier()->identifier() == name;
+}
+
+// The screens from the root to the one of that name, by the shortest way of link rows; empty without one.
+Stack wayTo(const std::string& name, const std::shared_ptr<UIViewController>& root) {
     std::deque<Stack> ways{{root}};
     std::set<std::string> seen;
     while (!ways.empty()) {
         Stack way = std::move(ways.front());
         ways.pop_front();
-        if (way.back()->className() == className) return way;
+        if (isCalled(name, *way.back())) return way;
         auto* screen = dynamic_cast<PSListController*>(way.back().get());
         if (!screen || !seen.insert(screen->className()).second) continue;
         for (const PSSpecifierRef& row : screen->specifiers()) {
@@ -67,6 +78,7 @@ void RegisterSettingsClasses() {
     RegisterClass("PreviewCell", {[] { return std::make_shared<PreviewCell>(); }});
     RegisterClass("PSListItemsController", {[] { return std::make_shared<PSListItemsController>(); }});
     RegisterPanes();
+    RegisterAppSelect();
 }
 
 SettingsApp::SettingsApp() {
@@ -105,12 +117,11 @@ bool SettingsApp::animating() const {
 }
 
 bool SettingsApp::openPane(const std::string& name) {
-    const std::string wanted = classNameOfPane(name);
-    if (navigation_->topViewController()->className() == wanted) return true;
+    if (isCalled(name, *navigation_->topViewController())) return true;
     const auto& root = navigation_->viewControllers().front();
-    Stack way = wayTo(wanted, root);
+    Stack way = wayTo(name, root);
     if (way.empty()) { // no row leads there where the device's lists cannot be read
-        const ObjCClass* cls = NSClassFromString(wanted);
+        const ObjCClass* cls = NSClassFromString(classNameOfPane(name));
         auto screen = cls ? std::dynamic_pointer_cast<UIViewController>(cls->alloc()) : nullptr;
         if (!screen) return false;
         way = {root, std::move(screen)};

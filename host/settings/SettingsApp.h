@@ -32,7 +32,8 @@ class SettingsApp {
     bool animating() const;
 
     /// From the root to the screen of that name ("badge", "tallyforge"), by way of the rows that lead there.
-    /// False when there is none. A screen that no row leads to comes right after the root.
+    /// A screen that serves several rows is named by its row ("badgeapps"). False when there is none. A
+    /// screen that no row leads to comes right after the root.
     bool openPane(const std::string& name);
 
     /// Makes anew what was made for another scale of the screen.

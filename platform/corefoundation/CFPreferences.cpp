@@ -251,7 +251,7 @@ std::optional<PropertyList> CFPreferencesCopyAppValue(std::string_view key, std:
 void CFPreferencesSetAppValue(std::string_view key, std::optional<PropertyList> value,
                               std::string_view domain) {
     if (const auto& heard = TheStore().trace.set) heard(domain, key, value ? &*value : nullptr);
-    DomainNamed(domain).set(key, std::move(value));
+    if (!key.empty()) DomainNamed(domain).set(key, std::move(value));
 }
 
 void CFPreferencesSetMultiple(const Dictionary& keysToSet, const std::vector<std::string>& keysToRemove,
