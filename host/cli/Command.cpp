@@ -210,6 +210,23 @@ void AddSettingsCommands(CLI::App& app, Options& options, Command& words) {
     options.number(watch, "--timeout", words.timeout, 0, 1e9, "End after that many seconds", "SECONDS");
 }
 
+void AddAppsCommand(CLI::App& app, Options& options, Command& words) {
+    CLI::App* apps =
+        AddCommand(app, options, "apps", "Print the installed apps: identifier and name, by their names",
+                   "tallyforge apps user --json");
+    apps->add_option("WHICH", words.apps,
+                     "all (unless given), nonhidden (without hidden and web apps), and of those only the\n"
+                     "system's or the user's")
+        ->check([](const std::string& word) {
+            for (const char* known : {"all", "nonhidden", "system", "user"}) {
+                if (word == known) return std::string();
+            }
+            return "'" + word + "' is none of all, nonhidden, system and user";
+        })
+        ->type_name("all|nonhidden|system|user");
+    options.json(apps);
+}
+
 void AddPictureCommands(CLI::App& app, Options& options, Command& words) {
     CLI::App* render = AddCommand(app, options, "render", "Draw the preview, or a screen, into a PNG file",
                                   "tallyforge render badge.png --scale 3 --time 0.5");
@@ -317,6 +334,7 @@ std::variant<Command, int> ParseCommandLine(int argc, const char* const* argv) {
     app.require_subcommand(0, 1);
     options.common(&app);
     AddSettingsCommands(app, options, command);
+    AddAppsCommand(app, options, command);
     AddPictureCommands(app, options, command);
     AddDriveCommand(app, options, command);
 

@@ -31,6 +31,8 @@ struct Command {
     double seconds = 4;
     double framesPerSecond = 30;
 
+    std::string apps = "all"; ///< which of them: "all", "nonhidden", "system" or "user"
+
     std::optional<MarkKind> mark;
     std::optional<uint64_t> seed;
 

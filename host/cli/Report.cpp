@@ -1,9 +1,9 @@
 #include "cli/Report.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <string>
 
 namespace tallyforge {
 
@@ -30,6 +30,21 @@ int CouldNot(std::string_view what, std::string_view why) {
 int WrongWords(std::string_view what, std::string_view why) {
     Complain(what, why);
     return kBadWords;
+}
+
+std::string OneLineText(std::string_view text) {
+    std::string line;
+    for (char c : text) {
+        auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x20 && byte != 0x7F) {
+            line += c;
+            continue;
+        }
+        std::array<char, 8> code{};
+        std::snprintf(code.data(), code.size(), "\\x%02X", byte);
+        line += code.data();
+    }
+    return line;
 }
 
 void Print(std::string_view text) {

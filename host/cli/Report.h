@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace tallyforge {
@@ -16,6 +17,9 @@ void Complain(std::string_view what, std::string_view why);
 /// The same, and returns the status for it.
 int CouldNot(std::string_view what, std::string_view why);
 int WrongWords(std::string_view what, std::string_view why);
+
+/// The text for a line of output: its control characters are shown as "\x0A", not sent.
+std::string OneLineText(std::string_view text);
 
 /// Writes to standard output. The first failure is remembered for FinishOutput.
 void Print(std::string_view text);

@@ -41,4 +41,8 @@ nlohmann::ordered_json ValueJson(const PropertyList& value) {
     }
 }
 
+std::string DumpJson(const nlohmann::ordered_json& json) {
+    return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
 } // namespace tallyforge

@@ -1,5 +1,6 @@
 // The command. What draws is left to a second program, so that this one starts as fast as any plain one.
 
+#include "cli/AppsCommand.h"
 #include "cli/Command.h"
 #include "cli/Device.h"
 #include "cli/Report.h"
@@ -30,6 +31,7 @@ int Run(const Command& command) {
     if (command.name == "set") return RunSet(command);
     if (command.name == "randomize") return RunRandomize(command);
     if (command.name == "reset") return RunReset(command);
+    if (command.name == "apps") return RunApps(command);
     return RunUnset(command);
 }
 

@@ -1,5 +1,6 @@
 #include "settings_app/SettingsApp.h"
 
+#include "appselect/RegisterAppSelect.h"
 #include "colorpicker/RegisterColorPicker.h"
 #include "corefoundation/CFPreferences.h"
 #include "foundation/Dispatch.h"
@@ -35,19 +36,29 @@ Dictionary domainNow() {
 bool showsOtherThan(const Dictionary& settings, const PSSpecifier& row) {
     if (row.textForKey("defaults") != kSettingsDomain) return false;
     const PropertyList* shown = row.propertyForKey("value");
+    if (!shown && row.cellKind() == "PSLinkCell") return false; // it leads to the value, and shows none
     const PropertyList* held = settings.objectForKey(row.textForKey("key"));
     if (!held) held = row.propertyForKey("default");
     return shown && held ? !(*shown == *held) : shown != held;
+}
+
+using Named = bool(const std::string& name, const PSViewController& screen);
+
+bool isPane(const std::string& name, const PSViewController& screen) {
+    return screen.className() == classNameOfPane(name);
+}
+
+// A screen that serves several rows is named by its row.
+bool isOpenedByRow(const std::string& name, const PSViewController& screen) {
+    return !name.empty() && screen.specifier() && screen.specifier()->identifier() == name;
 }
 
 bool opensScreen(const PSSpecifier& row) {
     return row.cellKind() == "PSLinkCell" || row.cellKind() == "PSLinkListCell";
 }
 
-// The screens from the root to the wanted one, by the shortest way of rows; empty without one. The screen is
-// asked for together with the row that it is opened from (none for the root).
-template <class Wanted>
-Stack wayTo(const Wanted& wanted, const std::shared_ptr<UIViewController>& root) {
+// The screens from the root to the one of that name, by the shortest way of rows; empty without one.
+Stack wayTo(const std::string& name, Named* isNamed, const std::shared_ptr<UIViewController>& root) {
     std::deque<Stack> ways{{root}};
     std::set<std::string> seen;
     while (!ways.empty()) {
@@ -55,9 +66,9 @@ Stack wayTo(const Wanted& wanted, const std::shared_ptr<UIViewController>& root)
         ways.pop_front();
         auto* screen = dynamic_cast<PSViewController*>(way.back().get());
         if (!screen) continue;
-        if (wanted(*screen, screen->specifier().get())) return way;
+        if (isNamed(name, *screen)) return way;
         auto* list = dynamic_cast<PSListController*>(screen);
-        if (!list || (!seen.insert(list->className()).second)) continue;
+        if (!list || !seen.insert(list->className()).second) continue;
         for (const PSSpecifierRef& row : list->specifiers()) {
             auto next = opensScreen(*row) ? list->controllerForSpecifier(row) : nullptr;
             if (!next) continue;
@@ -68,23 +79,13 @@ Stack wayTo(const Wanted& wanted, const std::shared_ptr<UIViewController>& root)
     return {};
 }
 
-Stack wayToClass(const std::string& name, const std::shared_ptr<UIViewController>& root) {
-    return wayTo(
-        [&](const PSViewController& screen, const PSSpecifier*) { return screen.className() == name; }, root);
-}
-
-Stack wayToRow(const std::string& identifier, const std::shared_ptr<UIViewController>& root) {
-    return wayTo([&](const PSViewController&,
-                     const PSSpecifier* row) { return row && row->identifier() == identifier; },
-                 root);
-}
-
 } // namespace
 
 void RegisterSettingsClasses() {
     RegisterClass("PSListItemsController", {[] { return std::make_shared<PSListItemsController>(); }});
     RegisterPanes();
     RegisterColorPicker();
+    RegisterAppSelect();
 }
 
 SettingsApp::SettingsApp() {
@@ -123,13 +124,13 @@ bool SettingsApp::animating() const {
 }
 
 bool SettingsApp::openPane(const std::string& name) {
-    const std::string wanted = classNameOfPane(name);
-    if (navigation_->topViewController()->className() == wanted) return true;
+    const auto* top = dynamic_cast<PSViewController*>(navigation_->topViewController().get());
+    if (top && (isPane(name, *top) || isOpenedByRow(name, *top))) return true;
     const auto& root = navigation_->viewControllers().front();
-    Stack way = wayToClass(wanted, root);
-    if (way.empty()) way = wayToRow(name, root);
+    Stack way = wayTo(name, isPane, root);
+    if (way.empty()) way = wayTo(name, isOpenedByRow, root);
     if (way.empty()) { // no row leads there where the device's lists cannot be read
-        const ObjCClass* cls = NSClassFromString(wanted);
+        const ObjCClass* cls = NSClassFromString(classNameOfPane(name));
         auto screen = cls ? std::dynamic_pointer_cast<UIViewController>(cls->alloc()) : nullptr;
         if (!screen) return false;
         way = {root, std::move(screen)};

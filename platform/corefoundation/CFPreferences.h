@@ -29,8 +29,8 @@ std::optional<std::vector<std::string>> CFPreferencesCopyKeyList(std::string_vie
 Dictionary CFPreferencesCopyMultiple(const std::vector<std::string>& keys, std::string_view domain,
                                      CFPreferencesUser, CFPreferencesHost);
 std::optional<PropertyList> CFPreferencesCopyAppValue(std::string_view key, std::string_view domain);
-/// Setting nothing removes the key; setting without a key keeps nothing. Takes effect for other processes at
-/// the next synchronise.
+/// Setting nothing removes the key. An empty key names no place: nothing is kept. Takes effect for other
+/// processes at the next synchronise.
 void CFPreferencesSetAppValue(std::string_view key, std::optional<PropertyList> value,
                               std::string_view domain);
 /// Sets, then removes.

@@ -93,6 +93,12 @@ UIImage UIImage::imageWithContentsOfFile(std::string_view path) {
     return {};
 }
 
+UIImage UIImage::imageWithRenderingMode(UIImageRenderingMode mode) const {
+    UIImage image = *this;
+    image.renderingMode_ = mode;
+    return image;
+}
+
 CGSize UIImage::size() const {
     if (!bitmap_) return CGSizeZero;
     return {bitmap_->width() / scale_, bitmap_->height() / scale_};

@@ -12,6 +12,12 @@ enum class UIImageOrientation { up = 0, down = 1 };
 inline constexpr auto UIImageOrientationUp = UIImageOrientation::up;
 inline constexpr auto UIImageOrientationDown = UIImageOrientation::down;
 
+/// Whether what shows the image may draw its shape in a colour of its own (a template), or shows its own
+/// colours.
+enum class UIImageRenderingMode { automatic = 0, alwaysOriginal = 1, alwaysTemplate = 2 };
+inline constexpr auto UIImageRenderingModeAutomatic = UIImageRenderingMode::automatic;
+inline constexpr auto UIImageRenderingModeAlwaysOriginal = UIImageRenderingMode::alwaysOriginal;
+
 /// A picture in points: a shared bitmap, its pixels per point, and which way up it is. A default-made one is
 /// no image: its size is zero and it draws nothing.
 class UIImage {
@@ -22,11 +28,14 @@ class UIImage {
     /// ("name@2x.png", "name@3x.png", with "~iphone" or "~ipad" before the dot first) counts before the other
     /// scales; its scale is the one it is named for. Read files are kept and used again until they change.
     static UIImage imageWithContentsOfFile(std::string_view path);
+    /// The same picture, to be shown in that mode.
+    UIImage imageWithRenderingMode(UIImageRenderingMode mode) const;
 
     explicit operator bool() const { return bitmap_ != nullptr; }
     CGSize size() const; ///< points
     CGFloat scale() const { return scale_; }
     UIImageOrientation imageOrientation() const { return orientation_; }
+    UIImageRenderingMode renderingMode() const { return renderingMode_; }
     const CGImageRef& bitmap() const { return bitmap_; }
     /// The bitmap as it is shown, turned if need be.
     CGImageRef uprightBitmap() const;
@@ -39,6 +48,7 @@ class UIImage {
     CGImageRef bitmap_;
     CGFloat scale_ = 1;
     UIImageOrientation orientation_ = UIImageOrientationUp;
+    UIImageRenderingMode renderingMode_ = UIImageRenderingModeAutomatic;
 };
 
 /// Forgets all files that were read.
