@@ -9,6 +9,7 @@
 #include "quartzcore/CADisplayLink.h"
 #include "quartzcore/Presentation.h"
 #include "settings/Settings.h"
+#include "themes/RegisterThemes.h"
 #include "uikit/UIDevice.h"
 
 #include <deque>
@@ -67,6 +68,7 @@ void RegisterSettingsClasses() {
     RegisterClass("PreviewCell", {[] { return std::make_shared<PreviewCell>(); }});
     RegisterClass("PSListItemsController", {[] { return std::make_shared<PSListItemsController>(); }});
     RegisterPanes();
+    RegisterThemes();
 }
 
 SettingsApp::SettingsApp() {

@@ -8,6 +8,7 @@
 #include "panes/RegisterPanes.h"
 #include "preferences/PSListController.h"
 #include "support/DeviceFixture.h"
+#include "themes/RegisterThemes.h"
 #include "uikit/UIApplication.h"
 
 #include <gtest/gtest.h>
@@ -51,6 +52,7 @@ class PanesTest : public testing::Test {
                 std::filesystem::copy_file(entry.path(), device_.file(kBundle) / entry.path().filename());
         }
         RegisterPanes();
+        RegisterThemes();
         listen();
     }
     ~PanesTest() override {

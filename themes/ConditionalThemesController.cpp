@@ -1,12 +1,8 @@
-#include "panes/ThemesPanes.h"
+#include "themes/ConditionalThemesController.h"
 
 #include "panes/PaneMethods.h"
 
 namespace tallyforge {
-
-const MethodTable& themesListController::methods() const {
-    return PaneMethods::Table<PaneMethods::kSpecifiers<themesListController>>();
-}
 
 const MethodTable& conditionalthemesListController::methods() const {
     return PaneMethods::Table<PaneMethods::kSpecifiers<conditionalthemesListController>>();

@@ -4,15 +4,7 @@
 
 namespace tallyforge {
 
-/// What themes are for.
-class themesListController final : public BundleListController {
-  public:
-    themesListController() : BundleListController("themesprefs") {}
-    const char* className() const override { return "themesListController"; }
-    const MethodTable& methods() const override;
-};
-
-/// What themes of single apps are for.
+/// The screen that ties themes to single apps.
 class conditionalthemesListController final : public BundleListController {
   public:
     conditionalthemesListController() : BundleListController("conditionalthemesprefs") {}
