@@ -14,7 +14,8 @@ namespace tallyforge {
 
 namespace {
 
-// No file name allows a longer one to have been saved, even where capitals take more bytes than small letters.
+// No file name allows a longer one to have been saved, even where capitals take more bytes than small
+// letters.
 constexpr size_t kLongestName = 1'024; // bytes
 
 Dictionary WholeDomain() {
@@ -90,17 +91,21 @@ Dictionary ThemeOfSettings(std::string_view name) {
 Status WriteTheme(const Dictionary& theme, std::string_view path) {
     NSFileManager& files = NSFileManager::defaultManager();
     if (auto made = files.createDirectoryAtPath(kThemeFolder); !made) return made;
-    return files.writeDataToFile(path,
-                                 NSKeyedArchiver::archivedDataWithRootObject(PropertyList::dictionary(theme)));
+    return files.writeDataToFile(
+        path, NSKeyedArchiver::archivedDataWithRootObject(PropertyList::dictionary(theme)));
 }
 
-void ApplyTheme(const Dictionary& theme) {
+void SetTheme(const Dictionary& theme) {
     Dictionary domain = WholeDomain();
     for (const SettingKey& key : SettingsKeyTable()) {
         const PropertyList* value = ThemeValue(theme, key);
         domain.setObjectForKey(value ? *value : Fallback(key), key.name);
     }
     CFPreferencesSetMultiple(domain, {}, kSettingsDomain, kCFPreferencesCurrentUser, kCFPreferencesAnyHost);
+}
+
+void ApplyTheme(const Dictionary& theme) {
+    SetTheme(theme);
     NSUserDefaults::standardUserDefaults().synchronize();
     AnnounceSettingsChanged();
 }
@@ -126,7 +131,7 @@ RestoredThemes RestoreDefaultThemes() {
     if (!defaults) return restored;
     for (const std::string& file : *defaults) {
         if (own && std::binary_search(own->begin(), own->end(), file)) continue;
-        restored.any = true;
+        restored.files.push_back(file);
         const auto bytes = files.contentsAtPath(std::string(kDefaultThemeFolder) + file);
         std::string target = std::string(kThemeFolder) + file;
         Status written = bytes ? files.writeDataToFile(target, *bytes) : Status(bytes.error());

@@ -42,8 +42,9 @@ const PropertyList* ThemeValue(const Dictionary& theme, const SettingKey& key);
 Dictionary ThemeOfSettings(std::string_view name);
 /// Archives the theme into the file, atomically; makes the user's folder where it is missing.
 Status WriteTheme(const Dictionary& theme, std::string_view path);
-/// Makes the theme the present look: writes the domain, fallbacks for what the theme does not have, and
-/// announces it.
+/// Sets the theme's settings in the domain, fallbacks for what it does not have; nothing is saved yet.
+void SetTheme(const Dictionary& theme);
+/// Makes the theme the present look: sets it, saves the domain and announces it.
 void ApplyTheme(const Dictionary& theme);
 Status RemoveTheme(std::string_view path);
 /// Tells the home screen that there is one theme less.
@@ -51,7 +52,7 @@ void AnnounceThemeRemoved();
 
 /// What came of restoring the default themes.
 struct RestoredThemes {
-    bool any = false; ///< at least one was missing
+    std::vector<std::string> files; ///< names of those that were missing
     struct Failure {
         std::string path;
         Status outcome;

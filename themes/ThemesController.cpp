@@ -45,9 +45,9 @@ void themesListController::restoreThemes() {
     const RestoredThemes restored = RestoreDefaultThemes();
     for (const auto& [path, outcome] : restored.failures)
         TellSilentFailure(path, outcome);
-    showAlertWithTitleMessage("Done",
-                              restored.any ? "The default themes has been restored!"
-                                           : "You didn't delete any default theme... Nothing to restore!");
+    showAlertWithTitleMessage("Done", restored.files.empty()
+                                          ? "You didn't delete any default theme... Nothing to restore!"
+                                          : "The default themes has been restored!");
 }
 
 void themesListController::showAlertWithTitleMessage(const std::string& title, const std::string& message) {
@@ -114,7 +114,8 @@ int themesListController::pickerViewNumberOfRowsInComponent(UIPickerView& /*pick
     return static_cast<int>(presetNameArray_.size());
 }
 
-std::string themesListController::pickerViewTitleForRow(UIPickerView& /*picker*/, int row, int /*component*/) {
+std::string themesListController::pickerViewTitleForRow(UIPickerView& /*picker*/, int row,
+                                                        int /*component*/) {
     const auto index = static_cast<size_t>(row);
     return row >= 0 && index < presetNameArray_.size() ? presetNameArray_[index] : std::string();
 }

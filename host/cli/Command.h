@@ -13,14 +13,14 @@ namespace tallyforge {
 
 /// One command line, understood. The words of all commands are here; each command looks at its own.
 struct Command {
-    std::string name; ///< "list", "get", ...; empty when no command was given
+    std::string name; ///< "list", "get", "theme list", ...; empty when no command was given
 
     std::optional<std::string> root;
     bool pad = false;
     bool json = false;
 
     std::vector<std::string> words; ///< KEY ..., or KEY VALUE ...
-    std::string output;             ///< OUT.png, OUT.webp
+    std::string output;             ///< OUT.png, OUT.webp; FILE of this machine
     std::string script;             ///< of `drive`; empty means standard input
     std::optional<std::string> pane;
     std::optional<std::string> trace; ///< the file that effects are written to; "-" is standard output
@@ -30,6 +30,11 @@ struct Command {
     double time = 0;            ///< seconds
     double seconds = 4;
     double framesPerSecond = 30;
+
+    std::string theme;               ///< NAME of a theme; the first of two
+    std::string otherTheme;          ///< the second
+    std::optional<std::string> file; ///< which of several themes of that name
+    bool overwrite = false;
 
     std::optional<MarkKind> mark;
     std::optional<uint64_t> seed;

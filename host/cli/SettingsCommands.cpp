@@ -11,9 +11,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <array>
-#include <cstdio>
-
 namespace tallyforge {
 
 namespace {
@@ -47,28 +44,8 @@ const char* Source(const Reading& reading) {
     return reading.set ? "set" : "fallback";
 }
 
-// For a line of text: a string's control characters are shown, not sent.
 std::string ToText(const PropertyList& value) {
-    std::string text;
-    for (char c : value.description()) {
-        auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x20 && byte != 0x7F) {
-            text += c;
-            continue;
-        }
-        std::array<char, 8> code{};
-        std::snprintf(code.data(), code.size(), "\\x%02X", byte);
-        text += code.data();
-    }
-    return text;
-}
-
-std::string Dump(const Json& json) {
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
-}
-
-void Print(const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    return TextOnOneLine(value.description());
 }
 
 int UnknownKey(const Command& command, const std::string& key) {
@@ -102,7 +79,7 @@ int RunList(const Command& command) {
         else
             Print(std::string(key.name) + "\t" + ToText(reading.value) + "\t" + Source(reading) + "\n");
     }
-    if (command.json) Print(Dump(list));
+    if (command.json) PrintJson(list);
     return FinishOutput(command.name);
 }
 
@@ -113,7 +90,7 @@ int RunGet(const Command& command) {
     WarnOfUnreadableSettings(command);
     Reading reading = Read(*key);
     if (command.json)
-        Print(Dump({{"key", key->name}, {"value", ValueJson(reading.value)}, {"source", Source(reading)}}));
+        PrintJson({{"key", key->name}, {"value", ValueJson(reading.value)}, {"source", Source(reading)}});
     else
         Print(ToText(reading.value) + "\n");
     return FinishOutput(command.name);

@@ -1,5 +1,7 @@
 #include "cli/ValueJson.h"
 
+#include "cli/Report.h"
+
 #include <nlohmann/json.hpp>
 
 #include <charconv>
@@ -39,6 +41,10 @@ nlohmann::ordered_json ValueJson(const PropertyList& value) {
     default:
         return nullptr;
     }
+}
+
+void PrintJson(const nlohmann::ordered_json& json) {
+    Print(json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
 }
 
 } // namespace tallyforge

@@ -3,6 +3,7 @@
 #include "cli/Command.h"
 #include "cli/Device.h"
 #include "cli/Drive.h"
+#include "cli/Gallery.h"
 #include "cli/PreviewCommands.h"
 #include "cli/Report.h"
 #include "coregraphics/Canvas.h"
@@ -30,6 +31,7 @@ int main(int argc, char** argv) {
     if (command.name == "animate") return RunAnimate(command);
     if (command.name == "inspect") return RunInspect(command);
     if (command.name == "drive") return RunDrive(command);
+    if (command.name == "theme gallery") return RunGallery(command);
     SetSilentFailureListener([](const std::string& path, const std::string& why) { Complain(path, why); });
     auto display = FindDisplay();
     if (display) return RunWindow({command.pad, std::move(*display)});
