@@ -107,7 +107,6 @@ Status FurnishStockDevice(const fs::path& device, const fs::path& stock) {
     Overwrite overwrite = fs::exists(stampFile, failed) ? Overwrite::no : Overwrite::yes;
     if (auto furnished = FurnishTree(device, stock, overwrite); !furnished) return furnished;
     if (overwrite == Overwrite::yes) {
-        std::error_code failed;
         fs::create_directories(device / kUsersThemes, failed);
         auto themes = FurnishTree(device / kUsersThemes, stock / kDefaultThemes, Overwrite::no);
         if (!themes) return themes;

@@ -2,6 +2,7 @@
 
 #include "foundation/NSFileManager.h"
 #include "mobileservices/AssetCatalog.h"
+#include "mobileservices/LSApplicationWorkspace.h"
 
 #include <map>
 #include <tuple>
@@ -85,6 +86,7 @@ class AssetManager final : public UIAssetManager {
 
 void RegisterMobileServices() {
     RegisterClass("_UIAssetManager", {[] { return std::make_shared<AssetManager>(); }});
+    RegisterApplicationWorkspace();
 }
 
 } // namespace tallyforge

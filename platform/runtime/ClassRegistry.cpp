@@ -1,8 +1,5 @@
 #include "runtime/ClassRegistry.h"
 
-#include <map>
-#include <string>
-
 namespace tallyforge {
 
 namespace {
@@ -17,6 +14,11 @@ std::map<std::string, ObjCClass, std::less<>>& Classes() {
 const MethodTable& NSObject::methods() const {
     static constexpr MethodTable none{};
     return none;
+}
+
+std::shared_ptr<NSObject> ObjCClass::performSelector(std::string_view selector) const {
+    auto found = classMethods.find(selector);
+    return found == classMethods.end() ? nullptr : found->second();
 }
 
 const ObjCClass* NSClassFromString(std::string_view name) {

@@ -3,7 +3,9 @@
 #include "runtime/MethodTable.h"
 
 #include <functional>
+#include <map>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -26,9 +28,15 @@ class NSObject {
     virtual const MethodTable& methods() const;
 };
 
-/// A class that is known by name: how to make an instance of it.
+/// A class that is known by name: how to make an instance of it, and the operations of the class itself that
+/// give an object, by selector ("defaultWorkspace").
 struct ObjCClass {
-    std::function<std::shared_ptr<NSObject>()> alloc;
+    using MakeObject = std::function<std::shared_ptr<NSObject>()>;
+    MakeObject alloc;
+    std::map<std::string, MakeObject, std::less<>> classMethods = {};
+
+    /// The object that the operation gives; nullptr when the class has no such one.
+    std::shared_ptr<NSObject> performSelector(std::string_view selector) const;
 };
 
 /// The class of that name, or nullptr when this system has none.

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# loads.sh COMMAND DRAWING-COMMAND: the command loads no graphics library, while the one that draws does.
+# loads.sh COMMAND DRAWING-COMMAND: the command loads neither a graphics library nor the one that sorts names, while
+# the one that draws does.
 set -uo pipefail
 
 graphics='libQt|libGL|libX11|libxcb|libfontconfig|libfreetype|libpng'
@@ -10,6 +11,10 @@ drawing_loads=$(ldd "$2") || exit 1
 
 if grep -E "$graphics" <<<"$command_loads"; then
   echo "$1 loads a graphics library"
+  exit 1
+fi
+if grep -E 'libicu' <<<"$command_loads"; then
+  echo "$1 loads the library that sorts names, before any name is to be sorted"
   exit 1
 fi
 if ! grep -qE 'libQt' <<<"$drawing_loads"; then
