@@ -320,6 +320,31 @@ void AddThemeCommands(CLI::App& app, Options& options, Command& words) {
     options.scale(gallery);
 }
 
+void AddTieCommands(CLI::App& app, Options& options, Command& words) {
+    CLI::App* tie =
+        AddCommand(app, options, "tie", "Themes of single apps", "tallyforge tie set com.example.mail Ember");
+    tie->require_subcommand(1);
+    CLI::App* list = AddCommand(*tie, options, "list", "Print the ties: app, its theme, the theme's file",
+                                "tallyforge tie list");
+    options.json(list);
+
+    CLI::App* set =
+        AddCommand(*tie, options, "set", "Give an app a theme of its own, or with 'none' the common look",
+                   "tallyforge tie set com.example.mail Ember");
+    set->add_option("APP", words.app, "The app's bundle identifier, or com.tallyforge.folders")->required();
+    set->add_option("NAME", words.theme, "The theme's name, or its file's; or none")->required();
+    set->add_option("--file", words.file, "Which one, where several themes bear the name")->type_name("FILE");
+
+    CLI::App* clear =
+        AddCommand(*tie, options, "clear", "Undo an app's tie, or all of them", "tallyforge tie clear --all");
+    CLI::Option* one = clear->add_option("APP", words.app, "The app's bundle identifier");
+    CLI::Option* all = clear->add_flag("--all", words.all, "Every tie; there is no undo");
+    all->excludes(one);
+    clear->final_callback([one, all] {
+        if (one->count() == 0 && all->count() == 0) throw CLI::RequiredError("APP or --all");
+    });
+}
+
 // The chosen command with all its words.
 std::string ChosenName(const CLI::App& app) {
     std::string name;
@@ -387,6 +412,7 @@ std::variant<Command, int> ParseCommandLine(int argc, const char* const* argv) {
     AddSettingsCommands(app, options, command);
     AddPictureCommands(app, options, command);
     AddThemeCommands(app, options, command);
+    AddTieCommands(app, options, command);
     AddDriveCommand(app, options, command);
 
     try {

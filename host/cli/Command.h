@@ -35,6 +35,8 @@ struct Command {
     std::string otherTheme;          ///< the second
     std::optional<std::string> file; ///< which of several themes of that name
     bool overwrite = false;
+    std::string app; ///< a bundle identifier
+    bool all = false;
 
     std::optional<MarkKind> mark;
     std::optional<uint64_t> seed;
