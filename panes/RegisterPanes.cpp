@@ -5,7 +5,6 @@
 #include "panes/NewDotPanes.h"
 #include "panes/RootPane.h"
 #include "panes/TallyforgeSwitchTableCell.h"
-#include "panes/ThemesPanes.h"
 #include "preview/PreviewCell.h"
 
 namespace tallyforge {
@@ -36,8 +35,6 @@ void RegisterPanes() {
     Register<newdotListController>("newdotListController");
     Register<newdotcolorListController>("newdotcolorListController");
     Register<newdotanimListController>("newdotanimListController");
-    Register<themesListController>("themesListController");
-    Register<conditionalthemesListController>("conditionalthemesListController");
     Register<TallyforgeSwitchTableCell>("TallyforgeSwitchTableCell");
     Register<PreviewCell>("PreviewCell");
 }

@@ -84,7 +84,7 @@ PropertyList FallbackValue(const SettingKey& key) {
     if (key.type == SettingType::boolean) return PropertyList::boolean(key.fallbackNumber != 0);
     if (key.fallbackNumber == std::trunc(key.fallbackNumber))
         return PropertyList::integer(static_cast<int64_t>(key.fallbackNumber));
-    return PropertyList::doubleNumber(key.fallbackNumber);
+    return PropertyList::floatNumber(static_cast<float>(key.fallbackNumber));
 }
 
 } // namespace

@@ -41,7 +41,7 @@ int RunApps(const Command& command) {
         else
             Print(OneLineText(identifier) + "\t" + OneLineText(name) + "\n");
     }
-    if (command.json) Print(DumpJson(list));
+    if (command.json) PrintJson(list);
     return FinishOutput(command.name);
 }
 

@@ -1,6 +1,7 @@
 // The colours that the picker offers.
 #include "cli/Report.h"
 #include "cli/SettingsCommands.h"
+#include "cli/ValueJson.h"
 #include "colorpicker/ColorPalettes.h"
 
 #include <nlohmann/json.hpp>
@@ -11,8 +12,9 @@ namespace tallyforge {
 
 namespace {
 
-std::string ColorsAsJson() {
-    using Json = nlohmann::ordered_json;
+using Json = nlohmann::ordered_json;
+
+Json ColorsAsJson() {
     Json list = Json::array();
     for (const Palette& palette : palettes()) {
         Json colors = Json::array();
@@ -20,7 +22,7 @@ std::string ColorsAsJson() {
             colors.push_back({{"name", color.name}, {"hex", color.hex}});
         list.push_back({{"title", palette.title}, {"colors", std::move(colors)}});
     }
-    return list.dump(2) + "\n";
+    return list;
 }
 
 // Palette, name, value; a line each.
@@ -38,7 +40,10 @@ std::string ColorsAsText() {
 } // namespace
 
 int RunColors(const Command& command) {
-    Print(command.json ? ColorsAsJson() : ColorsAsText());
+    if (command.json)
+        PrintJson(ColorsAsJson());
+    else
+        Print(ColorsAsText());
     return FinishOutput(command.name);
 }
 

@@ -278,6 +278,106 @@ void AddDriveCommand(CLI::App& app, Options& options, Command& words) {
     drive->footer(kDriveHelp);
 }
 
+// A theme by its name, and the file that it is in where several bear the name.
+void AddTheme(CLI::App* app, Command& words) {
+    CLI::Option* name = app->add_option("NAME", words.theme, "The theme's name, or its file's");
+    app->add_option("--file", words.file, "Which one, where several themes bear the name")->type_name("FILE");
+    app->final_callback([name, &words] {
+        if (name->count() == 0 && !words.file) throw CLI::RequiredError("NAME");
+    });
+}
+
+void AddThemeFileCommands(CLI::App& theme, Options& options, Command& words) {
+    CLI::App* save = AddCommand(theme, options, "save", "Save the present look as a theme",
+                                "tallyforge theme save 'My look'");
+    save->add_option("NAME", words.theme, "The new theme's name")->required();
+    save->add_flag("--overwrite", words.overwrite, "Replace a theme that has the same file");
+
+    AddTheme(
+        AddCommand(theme, options, "load", "Make a theme the present look", "tallyforge theme load Ember"),
+        words);
+    AddTheme(AddCommand(theme, options, "delete", "Delete a theme; there is no undo",
+                        "tallyforge theme delete Ember"),
+             words);
+    AddCommand(theme, options, "restore",
+               "Bring back the default themes that are missing, and print their files",
+               "tallyforge theme restore");
+
+    CLI::App* exporting = AddCommand(theme, options, "export", "Write a theme's file to this machine",
+                                     "tallyforge theme export Ember ember.tft");
+    exporting->add_option("NAME", words.theme, "The theme's name, or its file's")->required();
+    exporting->add_option("FILE", words.output, "The file to write")->required();
+    exporting->add_option("--file", words.file, "Which one, where several themes bear the name")
+        ->type_name("FILE");
+
+    CLI::App* importing =
+        AddCommand(theme, options, "import", "Check a theme's file of this machine, and take it in",
+                   "tallyforge theme import ember.tft");
+    importing->add_option("FILE", words.output, "The file to read")->required();
+    importing->add_flag("--overwrite", words.overwrite, "Replace a theme that has the same file");
+}
+
+void AddThemeCommands(CLI::App& app, Options& options, Command& words) {
+    CLI::App* theme = AddCommand(app, options, "theme", "Looks that are kept under names",
+                                 "tallyforge theme save 'My look'");
+    theme->require_subcommand(1);
+
+    CLI::App* list =
+        AddCommand(*theme, options, "list", "Print the themes: name, file", "tallyforge theme list");
+    options.json(list);
+    CLI::App* show = AddCommand(*theme, options, "show",
+                                "Print a theme's 46 settings: key, value, and 'set' or 'fallback'",
+                                "tallyforge theme show Ember");
+    AddTheme(show, words);
+    options.json(show);
+    AddThemeFileCommands(*theme, options, words);
+
+    CLI::App* diff = AddCommand(*theme, options, "diff",
+                                "Print the settings in which two themes differ: key, value, value",
+                                "tallyforge theme diff Ember Frost");
+    diff->add_option("A", words.theme, "A theme's name, or its file's")->required();
+    diff->add_option("B", words.otherTheme, "Another one's")->required();
+    options.json(diff);
+
+    CLI::App* gallery = AddCommand(*theme, options, "gallery", "Draw all themes into one picture, a PNG file",
+                                   "tallyforge theme gallery themes.png");
+    gallery->add_option("OUT.png", words.output, "The file to write")->required();
+    options.scale(gallery);
+}
+
+void AddTieCommands(CLI::App& app, Options& options, Command& words) {
+    CLI::App* tie =
+        AddCommand(app, options, "tie", "Themes of single apps", "tallyforge tie set com.example.mail Ember");
+    tie->require_subcommand(1);
+    CLI::App* list = AddCommand(*tie, options, "list", "Print the ties: app, its theme, the theme's file",
+                                "tallyforge tie list");
+    options.json(list);
+
+    CLI::App* set =
+        AddCommand(*tie, options, "set", "Give an app a theme of its own, or with 'none' the common look",
+                   "tallyforge tie set com.example.mail Ember");
+    set->add_option("APP", words.app, "The app's bundle identifier, or com.tallyforge.folders")->required();
+    set->add_option("NAME", words.theme, "The theme's name, or its file's; or none")->required();
+    set->add_option("--file", words.file, "Which one, where several themes bear the name")->type_name("FILE");
+
+    CLI::App* clear =
+        AddCommand(*tie, options, "clear", "Undo an app's tie, or all of them", "tallyforge tie clear --all");
+    CLI::Option* one = clear->add_option("APP", words.app, "The app's bundle identifier");
+    CLI::Option* all = clear->add_flag("--all", words.all, "Every tie; there is no undo");
+    all->excludes(one);
+    clear->final_callback([one, all] {
+        if (one->count() == 0 && all->count() == 0) throw CLI::RequiredError("APP or --all");
+    });
+}
+
+// The chosen command with all its words.
+std::string ChosenName(const CLI::App& app) {
+    std::string name;
+    for (auto chosen = app.get_subcommands(); !chosen.empty(); chosen = chosen.front()->get_subcommands())
+        name += (name.empty() ? "" : " ") + chosen.front()->get_name();
+    return name;
+}
+
 std::string FirstLine(const std::string& text) {
     return text.substr(0, text.find('\n'));
 }
@@ -297,7 +397,7 @@ int ReportWrongWords(const CLI::App& app, const CLI::ParseError& error, int argc
     if (!word.empty() && (chosen.empty() || !chosen.front()->check_name(word)))
         return WrongWords(word, "no such command; see 'tallyforge --help'");
     if (chosen.empty()) return WrongWords("command line", FirstLine(error.what()));
-    return WrongWords(chosen.front()->get_name(), FirstLine(error.what()));
+    return WrongWords(ChosenName(app), FirstLine(error.what()));
 }
 
 // What the options cannot check by themselves.
@@ -308,8 +408,9 @@ std::optional<int> CheckTogether(const Command& command, int argc, const char* c
             return WrongWords(command.name,
                               "'" + std::string(argv[i]) + "' is neither a setting nor a value");
     }
-    if ((command.name == "render" || command.name == "animate") && command.output.empty())
-        return WrongWords(command.name, "no file is named");
+    const bool writesFile = command.name == "render" || command.name == "animate" ||
+                            command.name == "theme gallery" || command.name == "theme export";
+    if (writesFile && command.output.empty()) return WrongWords(command.name, "no file is named");
     if (command.name == "set" && command.words.size() % 2 != 0)
         return WrongWords("set",
                           "'" + command.words.back() + "' has no value; wanted are pairs of KEY VALUE");
@@ -336,6 +437,8 @@ std::variant<Command, int> ParseCommandLine(int argc, const char* const* argv) {
     AddSettingsCommands(app, options, command);
     AddAppsCommand(app, options, command);
     AddPictureCommands(app, options, command);
+    AddThemeCommands(app, options, command);
+    AddTieCommands(app, options, command);
     AddDriveCommand(app, options, command);
 
     try {
@@ -345,14 +448,14 @@ std::variant<Command, int> ParseCommandLine(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         return ReportWrongWords(app, error, argc, argv);
     }
-    if (auto chosen = app.get_subcommands(); !chosen.empty()) command.name = chosen.front()->get_name();
+    command.name = ChosenName(app);
     if (auto status = CheckTogether(command, argc, argv)) return *status;
     return command;
 }
 
 bool CommandDraws(const Command& command) {
     return command.name.empty() || command.name == "render" || command.name == "animate" ||
-           command.name == "inspect" || command.name == "drive";
+           command.name == "inspect" || command.name == "drive" || command.name == "theme gallery";
 }
 
 } // namespace tallyforge

@@ -13,14 +13,14 @@ namespace tallyforge {
 
 /// One command line, understood. The words of all commands are here; each command looks at its own.
 struct Command {
-    std::string name; ///< "list", "get", ...; empty when no command was given
+    std::string name; ///< "list", "get", "theme list", ...; empty when no command was given
 
     std::optional<std::string> root;
     bool pad = false;
     bool json = false;
 
     std::vector<std::string> words; ///< KEY ..., or KEY VALUE ...
-    std::string output;             ///< OUT.png, OUT.webp
+    std::string output;             ///< OUT.png, OUT.webp; FILE of this machine
     std::string script;             ///< of `drive`; empty means standard input
     std::optional<std::string> pane;
     std::optional<std::string> trace; ///< the file that effects are written to; "-" is standard output
@@ -31,7 +31,13 @@ struct Command {
     double seconds = 4;
     double framesPerSecond = 30;
 
-    std::string apps = "all"; ///< which of them: "all", "nonhidden", "system" or "user"
+    std::string apps = "all";        ///< which of them: "all", "nonhidden", "system" or "user"
+    std::string theme;               ///< NAME of a theme; the first of two
+    std::string otherTheme;          ///< the second
+    std::optional<std::string> file; ///< which of several themes of that name
+    bool overwrite = false;
+    std::string app; ///< a bundle identifier
+    bool all = false;
 
     std::optional<MarkKind> mark;
     std::optional<uint64_t> seed;

@@ -18,6 +18,16 @@ std::optional<int> OpenDeviceFor(const Command& command) {
     return std::nullopt;
 }
 
+int SettingsOutcome(const Command& command, const std::string& unreadable) {
+    const std::string path = CFPreferencesPath(kSettingsDomain);
+    // A row's failed write is made good by a later one; what counts is what the file holds in the end.
+    if (std::string failure = CFPreferencesSynchronizeFailure(kSettingsDomain); !failure.empty())
+        return CouldNot(command.name, path + ": " + failure);
+    if (!unreadable.empty())
+        Complain(command.name, path + ": " + unreadable + "; the old file was kept beside the new one");
+    return kDone;
+}
+
 void WarnOfUnreadableSettings(const Command& command) {
     std::string why = CFPreferencesReadFailure(kSettingsDomain);
     if (!why.empty())

@@ -13,4 +13,8 @@ std::optional<int> OpenDeviceFor(const Command& command);
 /// Says it when the settings domain's file is there but cannot be read as one: it then counts as empty.
 void WarnOfUnreadableSettings(const Command& command);
 
+/// After a change of settings: the status, having said on standard error what could not be saved, and where
+/// the old file is when it could not be read (`unreadable` is why, asked before the change).
+int SettingsOutcome(const Command& command, const std::string& unreadable);
+
 } // namespace tallyforge

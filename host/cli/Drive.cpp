@@ -10,6 +10,7 @@
 #include "coregraphics/Canvas.h"
 #include "device/HostFile.h"
 #include "settings/SettingsKeys.h"
+#include "themes/SilentFailures.h"
 #include "uikit/UIAlertView.h"
 #include "uikit/UIApplication.h"
 #include "uikit/UIPickerView.h"
@@ -311,6 +312,24 @@ Status Driver::inspect(const Step& step) {
     return WriteHostFile(step.words[1], std::vector<uint8_t>(text.begin(), text.end()));
 }
 
+/// What the screens do not say of files that could not be written, said on standard error.
+class SilentFailures {
+  public:
+    SilentFailures() {
+        SetSilentFailureListener([this](const std::string& path, const std::string& why) {
+            any_ = true;
+            Complain("drive", path + ": " + why);
+        });
+    }
+    ~SilentFailures() { SetSilentFailureListener({}); }
+    SilentFailures(const SilentFailures&) = delete;
+    SilentFailures& operator=(const SilentFailures&) = delete;
+    bool any() const { return any_; }
+
+  private:
+    bool any_ = false;
+};
+
 } // namespace
 
 int RunDrive(const Command& command) {
@@ -327,6 +346,7 @@ int RunDrive(const Command& command) {
 
     Driver driver(command);
     EffectTrace trace;
+    const SilentFailures failures;
     if (command.trace) {
         if (auto opened = trace.open(*command.trace); !opened) return CouldNot("drive", opened.reason());
     }
@@ -345,7 +365,8 @@ int RunDrive(const Command& command) {
     if (auto closed = trace.close(); !closed) return CouldNot("drive", closed.reason());
     if (std::string failure = CFPreferencesSynchronizeFailure(kSettingsDomain); !failure.empty())
         return CouldNot("drive", CFPreferencesPath(kSettingsDomain) + ": " + failure);
-    return FinishOutput("drive");
+    const int finished = FinishOutput("drive");
+    return failures.any() ? int{kFailed} : finished;
 }
 
 } // namespace tallyforge

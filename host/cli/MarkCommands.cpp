@@ -1,5 +1,6 @@
 // What the buttons of a mark's pane do, without the pane on a screen.
 
+#include "cli/Device.h"
 #include "cli/Report.h"
 #include "cli/SettingsCommands.h"
 #include "corefoundation/CFPreferences.h"
@@ -37,13 +38,7 @@ int RunOnPane(const Command& command, void (MarkPaneController::*action)()) {
                                           std::string(without.front()) + "; nothing was changed");
     std::string unreadable = CFPreferencesReadFailure(kSettingsDomain);
     (*pane.*action)();
-    // A row's failed write is made good by a later one; what counts is what the file holds in the end.
-    if (std::string failure = CFPreferencesSynchronizeFailure(kSettingsDomain); !failure.empty())
-        return CouldNot(command.name, CFPreferencesPath(kSettingsDomain) + ": " + failure);
-    if (!unreadable.empty())
-        Complain(command.name, CFPreferencesPath(kSettingsDomain) + ": " + unreadable +
-                                   "; the old file was kept beside the new one");
-    return kDone;
+    return SettingsOutcome(command, unreadable);
 }
 
 } // namespace

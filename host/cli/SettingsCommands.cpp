@@ -79,7 +79,7 @@ int RunList(const Command& command) {
         else
             Print(std::string(key.name) + "\t" + ToText(reading.value) + "\t" + Source(reading) + "\n");
     }
-    if (command.json) Print(DumpJson(list));
+    if (command.json) PrintJson(list);
     return FinishOutput(command.name);
 }
 
@@ -90,8 +90,7 @@ int RunGet(const Command& command) {
     WarnOfUnreadableSettings(command);
     Reading reading = Read(*key);
     if (command.json)
-        Print(
-            DumpJson({{"key", key->name}, {"value", ValueJson(reading.value)}, {"source", Source(reading)}}));
+        PrintJson({{"key", key->name}, {"value", ValueJson(reading.value)}, {"source", Source(reading)}});
     else
         Print(ToText(reading.value) + "\n");
     return FinishOutput(command.name);

@@ -1,5 +1,7 @@
 #include "cli/ValueJson.h"
 
+#include "cli/Report.h"
+
 #include <nlohmann/json.hpp>
 
 #include <charconv>
@@ -41,8 +43,8 @@ nlohmann::ordered_json ValueJson(const PropertyList& value) {
     }
 }
 
-std::string DumpJson(const nlohmann::ordered_json& json) {
-    return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+void PrintJson(const nlohmann::ordered_json& json) {
+    Print(json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
 }
 
 } // namespace tallyforge

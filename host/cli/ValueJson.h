@@ -12,7 +12,7 @@ namespace tallyforge {
 /// lists and dictionaries are taken over; data and dates are null.
 nlohmann::ordered_json ValueJson(const PropertyList& value);
 
-/// The JSON as the commands print it, its end of line included.
-std::string DumpJson(const nlohmann::ordered_json& json);
+/// Prints it on standard output as people read it; what is no UTF-8 becomes U+FFFD.
+void PrintJson(const nlohmann::ordered_json& json);
 
 } // namespace tallyforge

@@ -1,5 +1,6 @@
 #include "cli/ValueText.h"
 
+#include "foundation/UTFText.h"
 #include "settings/ColorValues.h"
 
 #include <algorithm>
@@ -7,6 +8,7 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <optional>
 #include <string>
 
@@ -76,6 +78,15 @@ Result<PropertyList> SettingFromText(const SettingKey& key, std::string_view tex
     auto number = key.type == SettingType::boolean ? TextAsSwitch(text) : NumberFromText(text);
     if (!number || !key.accepts(*number)) return wrong;
     return PropertyList::floatNumber(static_cast<float>(*number));
+}
+
+bool IsUTF8(std::string_view text) {
+    constexpr char32_t kInvalid = 0xFFFFFFFF;
+    while (!text.empty()) {
+        const char32_t c = TakeUTF8(text, kInvalid);
+        if (c == kInvalid || IsHighSurrogate(c) || IsLowSurrogate(c)) return false;
+    }
+    return true;
 }
 
 } // namespace tallyforge

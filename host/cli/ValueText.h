@@ -20,4 +20,7 @@ std::string AllowedValues(const SettingKey& key);
 /// strings with upper-case digits. An error says what is allowed.
 Result<PropertyList> SettingFromText(const SettingKey& key, std::string_view text);
 
+/// Whether the text is whole and valid UTF-8.
+bool IsUTF8(std::string_view text);
+
 } // namespace tallyforge

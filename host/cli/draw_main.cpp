@@ -3,6 +3,7 @@
 #include "cli/Command.h"
 #include "cli/Device.h"
 #include "cli/Drive.h"
+#include "cli/Gallery.h"
 #include "cli/PreviewCommands.h"
 #include "cli/Report.h"
 #include "coregraphics/Canvas.h"
@@ -10,6 +11,7 @@
 #include "mobileservices/UIAssetManager.h"
 #include "preferences/PSListController.h"
 #include "rastergraphics/RasterGraphics.h"
+#include "themes/SilentFailures.h"
 #include "window/Display.h"
 #include "window/RunWindow.h"
 
@@ -29,6 +31,8 @@ int main(int argc, char** argv) {
     if (command.name == "animate") return RunAnimate(command);
     if (command.name == "inspect") return RunInspect(command);
     if (command.name == "drive") return RunDrive(command);
+    if (command.name == "theme gallery") return RunGallery(command);
+    SetSilentFailureListener([](const std::string& path, const std::string& why) { Complain(path, why); });
     auto display = FindDisplay();
     if (display) return RunWindow({command.pad, std::move(*display)});
     Complain("no window", display.reason() + "; pictures of the screens instead");

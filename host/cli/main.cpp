@@ -5,6 +5,8 @@
 #include "cli/Device.h"
 #include "cli/Report.h"
 #include "cli/SettingsCommands.h"
+#include "cli/ThemeCommands.h"
+#include "cli/TieCommands.h"
 #include "device/DeviceLocation.h"
 
 #include <cerrno>
@@ -32,6 +34,8 @@ int Run(const Command& command) {
     if (command.name == "randomize") return RunRandomize(command);
     if (command.name == "reset") return RunReset(command);
     if (command.name == "apps") return RunApps(command);
+    if (command.name.starts_with("tie ")) return RunTie(command);
+    if (command.name.starts_with("theme ")) return RunTheme(command);
     return RunUnset(command);
 }
 

@@ -28,11 +28,14 @@ bool WriteAll(int descriptor, std::span<const uint8_t> bytes) {
 
 } // namespace
 
-Result<std::vector<uint8_t>> ReadHostFile(const std::filesystem::path& path) {
+Result<std::vector<uint8_t>> ReadHostFile(const std::filesystem::path& path, size_t limit) {
     std::error_code failed;
     auto status = std::filesystem::status(path, failed);
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
         return Error{path.string() + ": not a regular file"};
+    const auto size = std::filesystem::file_size(path, failed);
+    if (!failed && size > limit)
+        return Error{path.string() + ": larger than " + std::to_string(limit) + " bytes"};
     errno = 0;
     std::ifstream file(path, std::ios::binary);
     std::vector<uint8_t> bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};

@@ -17,6 +17,11 @@ namespace fs = std::filesystem;
 
 constexpr const char* kStampName = ".tallyforge-furnished";
 
+// A fresh device has the default themes among the user's own, as an installed package leaves them. Later they
+// are the user's affair: what was deleted comes back when it is asked for.
+constexpr const char* kDefaultThemes = "Library/Application Support/Tallyforge";
+constexpr const char* kUsersThemes = "var/mobile/Documents/Tallyforge";
+
 enum class Overwrite { no, yes };
 
 /// Holds the folder against other programs that furnish it.
@@ -101,6 +106,11 @@ Status FurnishStockDevice(const fs::path& device, const fs::path& stock) {
     std::error_code failed;
     Overwrite overwrite = fs::exists(stampFile, failed) ? Overwrite::no : Overwrite::yes;
     if (auto furnished = FurnishTree(device, stock, overwrite); !furnished) return furnished;
+    if (overwrite == Overwrite::yes) {
+        fs::create_directories(device / kUsersThemes, failed);
+        auto themes = FurnishTree(device / kUsersThemes, stock / kDefaultThemes, Overwrite::no);
+        if (!themes) return themes;
+    }
     if (!lock.sync()) return Error{"stock device: " + device.string() + ": could not be brought to the disk"};
     return WriteHostFile(stampFile, {reinterpret_cast<const uint8_t*>(kVersion.data()), kVersion.size()});
 }

@@ -10,6 +10,7 @@
 #include "quartzcore/CADisplayLink.h"
 #include "quartzcore/Presentation.h"
 #include "settings/Settings.h"
+#include "themes/RegisterThemes.h"
 #include "uikit/UIDevice.h"
 
 #include <deque>
@@ -86,6 +87,7 @@ void RegisterSettingsClasses() {
     RegisterPanes();
     RegisterColorPicker();
     RegisterAppSelect();
+    RegisterThemes();
 }
 
 SettingsApp::SettingsApp() {

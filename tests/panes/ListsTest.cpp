@@ -297,12 +297,14 @@ TEST_F(ListsTest, MarksAreRandomisedAndResetFromTheirOwnScreens) {
         std::string action = row.textForKey("action");
         if (action.empty()) return;
         actions[list] += action + " ";
-        EXPECT_EQ(row.flagForKey("destructive", false), action == "reset");
+        EXPECT_EQ(row.flagForKey("destructive", false), action == "reset" || action == "deleteTheme");
     });
-    EXPECT_EQ(actions, (std::map<std::string, std::string>{{"badge", "randomize reset "},
-                                                           {"closebox", "randomize reset "},
-                                                           {"newdot", "randomize reset "},
-                                                           {"tallyforgeprefs", "followMe: donate: "}}));
+    EXPECT_EQ(actions, (std::map<std::string, std::string>{
+                           {"badge", "randomize reset "},
+                           {"closebox", "randomize reset "},
+                           {"newdot", "randomize reset "},
+                           {"tallyforgeprefs", "followMe: donate: "},
+                           {"themes", "saveTheme loadTheme deleteTheme restoreThemes "}}));
 }
 
 TEST_F(ListsTest, ColourRowsSayWhatThePickerNeeds) {

@@ -34,7 +34,12 @@ const std::map<std::string, std::set<std::string>> kMethods{
     {"newdotListController", kMark},
     {"newdotcolorListController", kSliders},
     {"newdotanimListController", kAnimation},
-    {"themesListController", {"specifiers"}},
+    {"themesListController",
+     {"specifiers", "saveTheme", "loadTheme", "deleteTheme", "restoreThemes", "showAlertWithTitle:message:",
+      "showActionAlertWithTitle:message:button:tag:", "showPickerAlertWithTile:message:btnName:tag:",
+      "numberOfComponentsInPickerView:", "pickerView:numberOfRowsInComponent:",
+      "pickerView:titleForRow:forComponent:", "pickerView:didSelectRow:inComponent:",
+      "alertView:clickedButtonAtIndex:", "saveProfile:overwriteIfExists:", "loadProfile", "deleteProfile"}},
     {"conditionalthemesListController", {"specifiers"}},
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "appselect/RegisterAppSelect.h"
 #include "colorpicker/RegisterColorPicker.h"
 #include "corefoundation/CFPreferences.h"
 #include "foundation/Random.h"
@@ -7,6 +8,7 @@
 #include "preferences/PSListController.h"
 #include "support/DeviceFixture.h"
 #include "support/EffectLog.h"
+#include "themes/RegisterThemes.h"
 #include "uikit/UIApplication.h"
 
 #include <gtest/gtest.h>
@@ -51,6 +53,8 @@ class PanesTest : public testing::Test {
         }
         RegisterPanes();
         RegisterColorPicker();
+        RegisterAppSelect();
+        RegisterThemes();
         listen();
     }
     ~PanesTest() override {

@@ -97,7 +97,7 @@ PropertyList fallbackValue(const Row& row) {
     case Fallback::whole:
         return PropertyList::integer(int64_t(row.number));
     case Fallback::fraction:
-        return PropertyList::doubleNumber(row.number);
+        return PropertyList::floatNumber(static_cast<float>(row.number));
     case Fallback::no:
         break;
     }

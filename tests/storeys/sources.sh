@@ -3,7 +3,7 @@
 set -uo pipefail
 
 cd "$1" || exit 2
-for folder in platform settings preview panes appselect; do
+for folder in platform settings preview panes appselect themes; do
   [ -d "$folder" ] || { echo "$1 has no folder $folder"; exit 2; }
 done
 
@@ -19,10 +19,10 @@ places() {
   grep -rnE --include='*.h' --include='*.cpp' "$@"
 }
 
-report "relative includes" "$(places '#[[:space:]]*include[[:space:]]*["<]([^">]*/)?\.\./' platform settings preview panes appselect)"
+report "relative includes" "$(places '#[[:space:]]*include[[:space:]]*["<]([^">]*/)?\.\./' platform settings preview panes appselect themes)"
 
 report "the toolkit outside of platform/coregraphics/raster" \
-  "$(places '\b(Qt[0-9A-Z]*|Q[A-Z][a-z]+[A-Za-z]*)\b' platform settings preview panes appselect |
+  "$(places '\b(Qt[0-9A-Z]*|Q[A-Z][a-z]+[A-Za-z]*)\b' platform settings preview panes appselect themes |
     grep -v '^platform/coregraphics/raster/')"
 
 report "the toolkit in the drawing's public header" \
@@ -30,7 +30,7 @@ report "the toolkit in the drawing's public header" \
 
 # Standard headers have neither an ending nor a folder.
 report "system headers in the bundle" \
-  "$(places '#[[:space:]]*include[[:space:]]*<[^>]*[./]' settings preview panes appselect)"
+  "$(places '#[[:space:]]*include[[:space:]]*<[^>]*[./]' settings preview panes appselect themes)"
 
 # One header of the platform is its own affair: it names the bus library for two sources beside it.
 report "system headers in the platform's headers" \

@@ -9,7 +9,7 @@ failures=0
 
 clean() {
   rm -rf "${tree:?}"/*
-  mkdir -p "$tree"/platform/{foundation,corefoundation,coregraphics/raster} "$tree"/settings "$tree"/preview "$tree"/{panes,appselect}
+  mkdir -p "$tree"/platform/{foundation,corefoundation,coregraphics/raster} "$tree"/settings "$tree"/preview "$tree"/{panes,appselect,themes}
   printf '#include "foundation/A.h"\n#include <vector>\n// Quartz, QA\n' >"$tree/platform/foundation/A.cpp"
   printf '#include <fcntl.h>\n' >"$tree/platform/foundation/B.cpp"
   printf '#include <QImage>\n' >"$tree/platform/coregraphics/raster/C.cpp"
