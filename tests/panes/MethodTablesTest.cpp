@@ -69,7 +69,11 @@ TEST_F(PanesTest, TheMethodsReachTheirScreens) {
     EXPECT_EQ(stored("badgesize"), PropertyList::floatNumber(0.75F));
 
     auto back = PropertyList::integer(0);
-    PerformSelector(*badge, "resetSpecifier:withValue:", {&back, row});
+    PerformSelector(*badge, "resetSpecifier:withValue:", {&back, row}); // the row is not its identifier
+    PerformSelector(*badge, "resetSpecifier:withValue:", {&back, nullptr, "nosuchrow"});
+    PerformSelector(*badge, "resetSpecifier:withValue:", {nullptr, nullptr, "badgesize"});
+    EXPECT_EQ(stored("badgesize"), PropertyList::floatNumber(0.75F));
+    PerformSelector(*badge, "resetSpecifier:withValue:", {&back, nullptr, "badgesize"});
     EXPECT_EQ(stored("badgesize"), PropertyList::floatNumber(0));
 
     told.clear();
