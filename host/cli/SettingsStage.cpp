@@ -1,8 +1,8 @@
 #include "cli/SettingsStage.h"
 
+#include "cli/StagePicture.h"
 #include "foundation/Dispatch.h"
 #include "quartzcore/CADisplayLink.h"
-#include "quartzcore/RenderServer.h"
 #include "uikit/UIDevice.h"
 #include "uikit/UIViewAnimation.h"
 
@@ -50,12 +50,7 @@ double SettingsStage::time() const {
 
 Result<std::shared_ptr<CGImage>> SettingsStage::picture() const {
     app_->step();
-    const CGSize size = app_->size();
-    if (size.width * scale_ > 4096 || size.height * scale_ > 4096)
-        return Error{"the picture would be over 4096 pixels wide or high"};
-    auto picture = RenderServer::render(app_->layer(), time(), scale_);
-    if (!picture) return Error{"the picture would be under one pixel wide or high"};
-    return picture;
+    return StagePicture(app_->layer(), app_->size(), time(), scale_);
 }
 
 } // namespace tallyforge
