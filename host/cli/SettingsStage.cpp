@@ -36,12 +36,15 @@ SettingsStage::~SettingsStage() {
 void SettingsStage::wait(double seconds) {
     const int64_t end = clock_.nanoseconds() + std::llround(seconds * static_cast<double>(NSEC_PER_SEC));
     app_->step();
-    while (CADisplayLink::anyRunning() && clock_.nanoseconds() < end) {
-        MainQueue::main().runUntil(clock_, std::min(end, clock_.nanoseconds() + kFrame));
+    while (clock_.nanoseconds() < end) {
+        int64_t next = end;
+        if (CADisplayLink::anyRunning())
+            next = clock_.nanoseconds() + kFrame;
+        else if (auto job = MainQueue::main().nextDeadline())
+            next = *job; // from then on something may move
+        MainQueue::main().runUntil(clock_, std::min(end, next));
         app_->step();
     }
-    MainQueue::main().runUntil(clock_, end);
-    app_->step();
 }
 
 double SettingsStage::time() const {
