@@ -93,7 +93,7 @@ TEST_F(ScreenJsonTest, RowsSayWhatTheyShow) {
     EXPECT_EQ(roman["cell"], "TallyforgeSwitchTableCell");
     EXPECT_EQ(roman["value"], 1);
     EXPECT_EQ(roman["accessory"], "UISwitch");
-    EXPECT_EQ((*row(badge, "Horizontal offset"))["detail"], "-3.5 pt");
+    EXPECT_EQ((*row(badge, "Horizontal offset"))["detail"], "\u22123.5 pt");
     EXPECT_EQ((*row(badge, "Rotation"))["value"], 0); // what counts where nothing is set
     const Json& randomise = *row(badge, "Randomise");
     EXPECT_EQ(randomise["cell"], "PSTableCell");
