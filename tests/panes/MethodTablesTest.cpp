@@ -1,6 +1,8 @@
 // What each screen can be told by name: exactly this, besides what every settings screen can.
 #include "PanesFixture.h"
 
+#include "panes/PaneNames.h"
+
 #include <map>
 #include <set>
 
@@ -51,6 +53,18 @@ TEST_F(PanesTest, EveryClassIsKnownByItsNameAndHasItsOwnMethodsOnly) {
         EXPECT_EQ(own, selectors);
         EXPECT_EQ(screen->methods().superclass, &PSListController::classMethods());
     }
+}
+
+TEST_F(PanesTest, TheNamesOfTheCommandLineAreThoseOfTheScreens) {
+    std::set<std::string> classes;
+    for (std::string_view name : kPaneNames)
+        classes.insert((name == "tallyforge" ? "tallyforgeprefs" : std::string(name)) + "ListController");
+    std::set<std::string> screens;
+    for (const auto& [name, selectors] : kMethods)
+        screens.insert(name);
+    EXPECT_EQ(classes, screens);
+    EXPECT_TRUE(PaneNamesInOneLine().starts_with("tallyforge, badge, badgecolor, "));
+    EXPECT_TRUE(PaneNamesInOneLine().ends_with(", themes, conditionalthemes"));
 }
 
 TEST_F(PanesTest, EachCallMakesAnotherScreen) {
