@@ -49,6 +49,12 @@ TEST_F(TableViewTest, RowsAreFoundByTheirPoints) {
     EXPECT_EQ(cell(0, 0)->frame(), CGRectMake(20, 35, 335, 44));
 }
 
+TEST_F(TableViewTest, EveryLetterWithACapitalOfItsOwnGetsIt) {
+    load({{"Été à l'île, straße, жук, 9\u00D7 \xFF", "", 1}});
+    ASSERT_EQ(captions().size(), 1U);
+    EXPECT_EQ(captions()[0]->text(), "ÉTÉ À L'ÎLE, STRAßE, ЖУК, 9\u00D7 \xFF");
+}
+
 TEST_F(TableViewTest, HeadersAreCapitalsAboveTheRowsAndFootersBelow) {
     load({{"Badge look", "What a badge looks like.", 1}, {"", "", 1}});
     const auto shown = captions();
