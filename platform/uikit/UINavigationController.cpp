@@ -75,8 +75,9 @@ class Bar final : public UIView {
         addSubview(line_);
     }
     void layoutSubviews() override {
-        const CGFloat pixel = 1 / std::max(0.25, UIScreen::mainScreen().scale());
-        line_->setFrame(CGRectMake(0, bounds().size.height - pixel, bounds().size.width, pixel));
+        const CGSize size = bounds().size;
+        line_->setFrame(AlignedToPixels(
+            *this, CGRectMake(0, size.height - HairlineWidth(), size.width, HairlineWidth())));
     }
 
   private:

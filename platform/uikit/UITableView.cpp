@@ -2,15 +2,16 @@
 
 #include "foundation/UTFText.h"
 #include "quartzcore/TextLayout.h"
+#include "uikit/ControlDrawing.h"
 #include "uikit/UILabel.h"
 #include "uikit/UIWindow.h"
 
 #include <algorithm>
 #include <clocale>
 #include <cmath>
-
 #include <cwctype>
 #include <string_view>
+
 namespace tallyforge {
 
 namespace {
@@ -142,12 +143,12 @@ UITableView::Section UITableView::measureSection(int index, CGFloat top) {
     }
     const int rows = dataSource_->tableViewNumberOfRowsInSection(*this, index);
     section.rowTops.reserve(static_cast<size_t>(std::max(rows, 0)) + 1);
-    section.rowTops.push_back(y);
+    section.rowTops.push_back(WholePixels(y));
     for (int row = 0; row < rows; ++row) {
         const CGFloat height =
             delegate_ ? delegate_->tableViewHeightForRowAtIndexPath(*this, {index, row}) : rowHeight_;
         if (height > 0 && std::isfinite(height)) y += height;
-        section.rowTops.push_back(y);
+        section.rowTops.push_back(WholePixels(y));
     }
     if (!section.footer.empty())
         section.footerFrame = CGRectMake(x, y + kFooterTextTop, width, captionHeight(section.footer, width));

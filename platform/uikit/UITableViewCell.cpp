@@ -35,10 +35,8 @@ std::shared_ptr<UIView> makeLine(const CGSize& size, std::initializer_list<CGPoi
 
 std::shared_ptr<UIView> makeMark(UITableViewCellAccessoryType type) {
     if (type == UITableViewCellAccessoryType::checkmark)
-        return std::make_shared<StrokeView>(CGSize{13, 10}, CGPoint{1, 5.4}, CGPoint{4.6, 9}, CGPoint{12, 1},
-                                            2, kTint);
-    return std::make_shared<StrokeView>(CGSize{10, 20}, CGPoint{1.9, 4.2}, CGPoint{7.8, 10},
-                                        CGPoint{1.9, 15.8}, 2, kChevron);
+        return makeLine({13, 10}, {{1, 5.4}, {4.6, 9}, {12, 1}}, kControlTint);
+    return makeLine({10, 20}, {{1.9, 4.2}, {7.8, 10}, {1.9, 15.8}}, kChevron);
 }
 
 } // namespace
@@ -171,9 +169,8 @@ CGFloat UITableViewCell::textInset() const {
 void UITableViewCell::layoutSubviews() {
     const CGFloat right = layoutAccessory();
     if (contentView_) layoutContent(right);
-    const CGFloat pixel = 1 / std::max(0.25, UIScreen::mainScreen().scale());
-    showLine(topLine_, topEdge_, 0, pixel);
-    showLine(bottomLine_, bottomEdge_, bounds().size.height - pixel, pixel);
+    showLine(topLine_, topEdge_, 0);
+    showLine(bottomLine_, bottomEdge_, bounds().size.height - HairlineWidth());
 }
 
 void UITableViewCell::layoutContent(CGFloat right) {
@@ -189,7 +186,7 @@ void UITableViewCell::layoutContent(CGFloat right) {
     layoutTexts(CGRectMake(left, 0, std::max<CGFloat>(0, end - left), height));
 }
 
-void UITableViewCell::showLine(std::shared_ptr<UIView>& line, Edge edge, CGFloat y, CGFloat thickness) {
+void UITableViewCell::showLine(std::shared_ptr<UIView>& line, Edge edge, CGFloat y) {
     if (edge == Edge::none) {
         if (line) line->removeFromSuperview();
         line = nullptr;
@@ -202,7 +199,8 @@ void UITableViewCell::showLine(std::shared_ptr<UIView>& line, Edge edge, CGFloat
         addSubview(line);
     }
     const CGFloat from = edge == Edge::full ? 0 : textInset();
-    line->setFrame(CGRectMake(from, y, std::max<CGFloat>(0, bounds().size.width - from), thickness));
+    const CGFloat width = std::max<CGFloat>(0, bounds().size.width - from);
+    line->setFrame(AlignedToPixels(*this, CGRectMake(from, y, width, HairlineWidth())));
 }
 
 // Where the content ends at the right.
