@@ -43,14 +43,11 @@ inline constexpr MethodEntry kSetPreset{
         return nullptr;
     }};
 
-/// Takes the row in place of its identifier.
 template <class Pane>
 inline constexpr MethodEntry kResetSpecifier{
     "resetSpecifier:withValue:", [](NSObject& self, const MethodArguments& arguments) -> MethodResult {
-        PSSpecifierRef row = Row(arguments);
-        if (arguments.value && row)
-            static_cast<Pane&>(self).resetSpecifierWithValue(row->identifier(),
-                                                             arguments.value->floatValue());
+        if (arguments.value)
+            static_cast<Pane&>(self).resetSpecifierWithValue(arguments.text, arguments.value->floatValue());
         return nullptr;
     }};
 

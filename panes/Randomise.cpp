@@ -2,11 +2,10 @@
 
 #include "corefoundation/CFPreferences.h"
 #include "panes/FinishChange.h"
+#include "panes/MarkSettings.h"
 #include "panes/PaneController.h"
 #include "settings/ColorValues.h"
 #include "settings/Settings.h"
-
-#include <span>
 
 namespace tallyforge {
 
@@ -79,22 +78,12 @@ constexpr RandomSetting kNewDot[] = {
     {"newdotanimspd", Via::direct, Draw::fraction, 0.2F, 4},
 };
 
-std::span<const RandomSetting> SettingsOf(MarkKind mark) {
-    switch (mark) {
-    case MarkKind::badge:
-        return kBadge;
-    case MarkKind::closeBox:
-        return kCloseBox;
-    case MarkKind::newDot:
-        break;
-    }
-    return kNewDot;
-}
+constexpr MarkSettings<RandomSetting> kSettings{kBadge, kCloseBox, kNewDot};
 
 } // namespace
 
 void RandomiseMark(MarkKind mark, MarkPaneController& pane) {
-    for (const RandomSetting& setting : SettingsOf(mark)) {
+    for (const RandomSetting& setting : kSettings.of(mark)) {
         bool isFloat = setting.draw == Draw::fraction;
         if (setting.draw == Draw::color)
             CFPreferencesSetAppValue(setting.key, PropertyList::string(RandomColorString()), kSettingsDomain);

@@ -2,10 +2,9 @@
 
 #include "corefoundation/CFPreferences.h"
 #include "panes/FinishChange.h"
+#include "panes/MarkSettings.h"
 #include "panes/PaneController.h"
 #include "panes/Randomise.h"
-
-#include <span>
 
 namespace tallyforge {
 
@@ -52,17 +51,7 @@ constexpr ResetSetting kNewDot[] = {
     {"newdotanimspd", Via::direct, 1},
 };
 
-std::span<const ResetSetting> SettingsOf(MarkKind mark) {
-    switch (mark) {
-    case MarkKind::badge:
-        return kBadge;
-    case MarkKind::closeBox:
-        return kCloseBox;
-    case MarkKind::newDot:
-        break;
-    }
-    return kNewDot;
-}
+constexpr MarkSettings<ResetSetting> kSettings{kBadge, kCloseBox, kNewDot};
 
 PropertyList ValueOf(const ResetSetting& setting) {
     return setting.color.empty() ? PropertyList::floatNumber(setting.number)
@@ -72,7 +61,7 @@ PropertyList ValueOf(const ResetSetting& setting) {
 } // namespace
 
 void ResetMark(MarkKind mark, MarkPaneController& pane) {
-    for (const ResetSetting& setting : SettingsOf(mark)) {
+    for (const ResetSetting& setting : kSettings.of(mark)) {
         if (setting.via == Via::row)
             pane.resetSpecifierWithValue(setting.key, setting.number);
         else
@@ -83,7 +72,7 @@ void ResetMark(MarkKind mark, MarkPaneController& pane) {
 
 std::vector<std::string_view> SettingsWithoutRow(MarkKind mark, MarkPaneController& pane) {
     std::vector<std::string_view> without;
-    for (const ResetSetting& setting : SettingsOf(mark)) {
+    for (const ResetSetting& setting : kSettings.of(mark)) {
         if (setting.via == Via::row && !pane.specifierForID(setting.key)) without.push_back(setting.key);
     }
     return without;

@@ -2,6 +2,7 @@
 
 #include "cli/Report.h"
 #include "cli/ValueText.h"
+#include "panes/PaneNames.h"
 #include "settings/SettingsKeys.h"
 
 #include <CLI/CLI.hpp>
@@ -87,10 +88,11 @@ class Options {
             ->type_name("WxH");
     }
     void pane(CLI::App* app) {
-        app->add_option("--pane", command_.pane,
-                        "A whole screen instead of the preview alone: tallyforge (the first one), badge, "
-                        "badgecolor, closebox, newdot, themes, ..., or the row that opens it: "
-                        "badgebgcol, ...; --size is then the screen's")
+        app->add_option(
+               "--pane", command_.pane,
+               "A whole screen instead of the preview alone; --size is then the screen's. PANE is one "
+               "of " +
+                   PaneNamesInOneLine() + ", or the identifier of a row that opens a screen (badgebgcol)")
             ->type_name("PANE");
     }
     void scale(CLI::App* app) {

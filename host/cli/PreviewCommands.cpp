@@ -10,6 +10,7 @@
 #include "coregraphics/Canvas.h"
 #include "device/DeviceLocation.h"
 #include "device/HostFile.h"
+#include "panes/PaneNames.h"
 #include "uikit/UIDevice.h"
 
 #include <nlohmann/json.hpp>
@@ -31,10 +32,8 @@ int WritePreview(const Command& command, const std::string& file) {
 }
 
 int NoSuchPane(const Command& command) {
-    return WrongWords(command.name, "there is no pane '" + *command.pane +
-                                        "'; they are called tallyforge, badge, badgecolor, badgelabel, "
-                                        "badgeborder, badgeglow, badgeanim, closebox..., newdot..., themes, "
-                                        "conditionalthemes");
+    return WrongWords(command.name,
+                      "there is no pane '" + *command.pane + "'; there are " + PaneNamesInOneLine());
 }
 
 void WarnOfEmptyScreen(const Command& command, SettingsApp& app) {

@@ -1,7 +1,7 @@
 #include "cli/PreviewStage.h"
 
+#include "cli/StagePicture.h"
 #include "foundation/Dispatch.h"
-#include "quartzcore/RenderServer.h"
 #include "uikit/UIDevice.h"
 
 #include <algorithm>
@@ -42,12 +42,7 @@ double PreviewStage::time() const {
 }
 
 Result<std::shared_ptr<CGImage>> PreviewStage::picture() const {
-    CGSize size = cell_->bounds().size;
-    if (size.width * scale_ > 4096 || size.height * scale_ > 4096)
-        return Error{"the picture would be over 4096 pixels wide or high"};
-    auto picture = RenderServer::render(*cell_->layer(), time(), scale_);
-    if (!picture) return Error{"the picture would be under one pixel wide or high"};
-    return picture;
+    return StagePicture(*cell_->layer(), cell_->bounds().size, time(), scale_);
 }
 
 } // namespace tallyforge

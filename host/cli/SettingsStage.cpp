@@ -1,8 +1,8 @@
 #include "cli/SettingsStage.h"
 
+#include "cli/StagePicture.h"
 #include "foundation/Dispatch.h"
 #include "quartzcore/CADisplayLink.h"
-#include "quartzcore/RenderServer.h"
 #include "uikit/UIDevice.h"
 #include "uikit/UIViewAnimation.h"
 
@@ -36,12 +36,15 @@ SettingsStage::~SettingsStage() {
 void SettingsStage::wait(double seconds) {
     const int64_t end = clock_.nanoseconds() + std::llround(seconds * static_cast<double>(NSEC_PER_SEC));
     app_->step();
-    while (CADisplayLink::anyRunning() && clock_.nanoseconds() < end) {
-        MainQueue::main().runUntil(clock_, std::min(end, clock_.nanoseconds() + kFrame));
+    while (clock_.nanoseconds() < end) {
+        int64_t next = end;
+        if (CADisplayLink::anyRunning())
+            next = clock_.nanoseconds() + kFrame;
+        else if (auto job = MainQueue::main().nextDeadline())
+            next = *job; // from then on something may move
+        MainQueue::main().runUntil(clock_, std::min(end, next));
         app_->step();
     }
-    MainQueue::main().runUntil(clock_, end);
-    app_->step();
 }
 
 double SettingsStage::time() const {
@@ -50,12 +53,7 @@ double SettingsStage::time() const {
 
 Result<std::shared_ptr<CGImage>> SettingsStage::picture() const {
     app_->step();
-    const CGSize size = app_->size();
-    if (size.width * scale_ > 4096 || size.height * scale_ > 4096)
-        return Error{"the picture would be over 4096 pixels wide or high"};
-    auto picture = RenderServer::render(app_->layer(), time(), scale_);
-    if (!picture) return Error{"the picture would be under one pixel wide or high"};
-    return picture;
+    return StagePicture(app_->layer(), app_->size(), time(), scale_);
 }
 
 } // namespace tallyforge

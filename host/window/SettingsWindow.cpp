@@ -207,7 +207,8 @@ void SettingsWindow::wheelEvent(QWheelEvent* event) {
     if (down == 0 || !std::isfinite(down)) return;
     trace_.input(clock_.nanoseconds());
     working_ = true;
-    app_.window().scrollBy(picture_.pointAt(event->position()), -down);
+    app_.window().scrollBy(picture_.pointAt(event->position()), -down,
+                           exact ? UIWindow::Turn::exact : UIWindow::Turn::notch);
     app_.step();
     settle();
 }

@@ -1,16 +1,21 @@
 #include "window/URLOpener.h"
 
+#include "cli/Report.h"
+
 #include <QProcess>
 #include <QStandardPaths>
 #include <QString>
 
 #include <algorithm>
+#include <map>
+#include <memory>
+#include <string>
 
 namespace tallyforge {
 
 namespace {
 
-constexpr int kLongestQuestion = 2000; // milliseconds
+constexpr int kLongestQuestion = 500; // milliseconds
 
 /// Lower case; empty when the text is no URL. Only what such a name may hold, because it is handed on.
 std::string schemeOf(const std::string& url) {
@@ -42,14 +47,19 @@ bool someProgramTakes(const std::string& scheme) {
     return answered && !asked.readAllStandardOutput().trimmed().isEmpty();
 }
 
-bool canOpen(const std::string& url) {
+/// Whether a program takes a scheme, once it was asked.
+using Answers = std::map<std::string, bool>;
+
+bool canOpen(const std::string& url, Answers& answers) {
     const std::string scheme = schemeOf(url);
     if (scheme.empty() || QStandardPaths::findExecutable(QStringLiteral("xdg-open")).isEmpty()) return false;
-    return isForBrowsers(scheme) || someProgramTakes(scheme);
+    if (isForBrowsers(scheme)) return true;
+    auto known = answers.find(scheme);
+    if (known == answers.end()) known = answers.emplace(scheme, someProgramTakes(scheme)).first;
+    return known->second;
 }
 
-bool open(const std::string& url) {
-    if (!canOpen(url)) return false;
+bool start(const std::string& url) {
     QProcess opener;
     opener.setProgram(QStandardPaths::findExecutable(QStringLiteral("xdg-open")));
     opener.setArguments({QString::fromStdString(url)});
@@ -59,10 +69,18 @@ bool open(const std::string& url) {
     return opener.startDetached();
 }
 
+bool open(const std::string& url, Answers& answers) {
+    if (canOpen(url, answers) && start(url)) return true;
+    Complain("window", url + ": no program on this machine opens it");
+    return false;
+}
+
 } // namespace
 
 UIApplication::Opener DesktopOpener() {
-    return {canOpen, open};
+    const auto answers = std::make_shared<Answers>();
+    return {[answers](const std::string& url) { return canOpen(url, *answers); },
+            [answers](const std::string& url) { return open(url, *answers); }};
 }
 
 } // namespace tallyforge

@@ -21,13 +21,15 @@ constexpr CGFloat kTitleRow = 40; // the height in which title and value of a sl
 constexpr CGFloat kGap = 8;                 // between title and value
 constexpr CGFloat kUntitledValueWidth = 64; // the same whatever the value, so that the track stands still
 
-// The number without zeros at its end; nought has no sign.
+// The number without zeros at its end and with a minus sign as texts have it; nought has no sign.
 std::string shortened(std::string text) {
     if (text.find('.') != std::string::npos) {
         text.erase(text.find_last_not_of('0') + 1);
         if (text.back() == '.') text.pop_back();
     }
-    return text == "-0" ? "0" : text;
+    if (text == "-0") return "0";
+    if (text.starts_with('-')) text.replace(0, 1, "\u2212");
+    return text;
 }
 
 // The row's number, where it is one that a slider can have.

@@ -43,6 +43,8 @@ std::shared_ptr<UITableViewCell> PSListItemsController::tableViewCellForRowAtInd
 }
 
 void PSListItemsController::tableViewDidSelectRowAtIndexPath(UITableView& table, NSIndexPath path) {
+    const auto self = weak_from_this().lock(); // the setter may take the screen away
+    const auto shown = table.weak_from_this().lock();
     auto row = specifierAtIndexPath(path);
     if (const PropertyList* value = row ? row->propertyForKey("value") : nullptr)
         specifier()->performSetter(*value);

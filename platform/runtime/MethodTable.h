@@ -12,10 +12,12 @@ class NSObject;
 class PropertyList;
 
 /// What a method that is called by its selector's text is handed. "tap" takes nothing, "followMe:" the
-/// object, "setValue:forSpecifier:" the value and the object.
+/// object, "setValue:forSpecifier:" the value and the object, "resetSpecifier:withValue:" the text and the
+/// value.
 struct MethodArguments {
     const PropertyList* value = nullptr;
-    std::shared_ptr<NSObject> object;
+    std::shared_ptr<NSObject> object = nullptr;
+    std::string_view text = {};
 };
 
 /// What a method gives back: a value, or nothing.

@@ -2,6 +2,7 @@
 
 #include "uikit/UIDevice.h"
 #include "uikit/UIImageView.h"
+#include "uikit/UIScrollView.h"
 
 #include <algorithm>
 #include <cmath>
@@ -61,9 +62,15 @@ CGFloat HairlineWidth() {
     return 1 / UIScreen::mainScreen().scale();
 }
 
+CGFloat WholePixels(CGFloat points) {
+    const CGFloat scale = UIScreen::mainScreen().scale();
+    return std::round(points * scale) / scale;
+}
+
 CGRect AlignedToPixels(const UIView& in, const CGRect& rect) {
     const CGFloat scale = UIScreen::mainScreen().scale();
-    const CGPoint zero = in.convertPointToView({0, 0}, nullptr);
+    CGPoint zero = in.convertPointToView({0, 0}, nullptr);
+    if (auto* scroll = enclosing<UIScrollView>(const_cast<UIView*>(&in))) zero.y += scroll->contentOffset().y;
     const auto place = [&](CGFloat at, CGFloat from) {
         return std::round((at + from) * scale) / scale - from;
     };

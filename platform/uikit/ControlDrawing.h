@@ -17,8 +17,10 @@ inline constexpr uint32_t kControlTint = 0x007AFF;
 
 /// One device pixel, in points.
 CGFloat HairlineWidth();
+/// The length to the nearest whole device pixel, in points.
+CGFloat WholePixels(CGFloat points);
 /// The rectangle (in the view's coordinates) with its corner on a whole pixel of the window and sides of
-/// whole pixels, at least one.
+/// whole pixels, at least one. Within what scrolls: when that is at rest.
 CGRect AlignedToPixels(const UIView& in, const CGRect& rect);
 
 inline constexpr CGFloat kThumbSize = 28;

@@ -1,6 +1,8 @@
 #include "uikit/UINavigationController.h"
 
 #include "foundation/Dispatch.h"
+#include "uikit/ControlDrawing.h"
+#include "uikit/ShapeView.h"
 #include "uikit/UIControl.h"
 #include "uikit/UIDevice.h"
 #include "uikit/UILabel.h"
@@ -22,27 +24,9 @@ constexpr CGFloat kFlick = 300;        // points a second that finish a swipe
 constexpr CGFloat kBackX = 8;
 constexpr CGFloat kPressedAlpha = 0.3;
 
-const CGColor kBarColor{248.0 / 255, 248.0 / 255, 248.0 / 255, 1};
-const CGColor kHairline{178.0 / 255, 178.0 / 255, 178.0 / 255, 1};
-const CGColor kTint{0, 122.0 / 255, 1, 1};
-
-UIColor color(const CGColor& c) {
-    return UIColor::colorWithRed(c.red, c.green, c.blue, c.alpha);
-}
-
-class ShapeView final : public UIView {
-  public:
-    ShapeView(const CGRect& frame, CGPath path, std::optional<CGColor> fill, std::optional<CGColor> stroke,
-              CGFloat width)
-        : UIView(frame, std::make_shared<CAShapeLayer>()) {
-        auto& shape = static_cast<CAShapeLayer&>(*layer());
-        shape.setPath(std::make_shared<CGPath>(std::move(path)));
-        shape.setFillColor(fill);
-        shape.setStrokeColor(stroke);
-        shape.setLineWidth(width);
-        setUserInteractionEnabled(false);
-    }
-};
+constexpr uint32_t kBarColor = 0xF8F8F8;
+constexpr uint32_t kHairline = 0xB2B2B2;
+constexpr uint32_t kBackground = 0xEFEFF4;
 
 /// The chevron and the former screen's title; paler while it is pressed.
 class BackButton final : public UIControl {
@@ -71,29 +55,29 @@ std::shared_ptr<UIView> makeChevron() {
     path.moveToPoint(11.5, 1.2);
     path.addLineToPoint(2, 10.5);
     path.addLineToPoint(11.5, 19.8);
-    return std::make_shared<ShapeView>(CGRectMake(kBackX, 11.5, 13, 21), std::move(path), std::nullopt, kTint,
-                                       2.6);
+    return MakeStrokedShape(CGRectMake(kBackX, 11.5, 13, 21), std::move(path), ControlColor(kControlTint),
+                            2.6);
 }
 
 std::shared_ptr<UIView> makeBattery(CGFloat right) {
     CGPath path;
     path.addRoundedRect(CGRectMake(0, 0, 18, 8), 1.6, 1.6);
     path.addRoundedRect(CGRectMake(19, 2.5, 1.6, 3), 0.8, 0.8);
-    return std::make_shared<ShapeView>(CGRectMake(right - 26, 6, 21, 8), std::move(path), CGColor{0, 0, 0, 1},
-                                       std::nullopt, 0);
+    return MakeFilledShape(CGRectMake(right - 26, 6, 21, 8), std::move(path), UIColor::blackColor());
 }
 
 // With a line below that is as wide as a pixel of the screen is by then.
 class Bar final : public UIView {
   public:
     explicit Bar(const CGRect& frame) : UIView(frame), line_(std::make_shared<UIView>()) {
-        setBackgroundColor(color(kBarColor));
-        line_->setBackgroundColor(color(kHairline));
+        setBackgroundColor(ControlColor(kBarColor));
+        line_->setBackgroundColor(ControlColor(kHairline));
         addSubview(line_);
     }
     void layoutSubviews() override {
-        const CGFloat pixel = 1 / std::max(0.25, UIScreen::mainScreen().scale());
-        line_->setFrame(CGRectMake(0, bounds().size.height - pixel, bounds().size.width, pixel));
+        const CGSize size = bounds().size;
+        line_->setFrame(AlignedToPixels(
+            *this, CGRectMake(0, size.height - HairlineWidth(), size.width, HairlineWidth())));
     }
 
   private:
@@ -133,7 +117,7 @@ void UINavigationController::loadView() {
     UIViewController::loadView();
     auto root = UIViewController::view();
     screens_ = std::make_shared<UIView>(root->bounds());
-    screens_->setBackgroundColor(UIColor::colorWithRed(239.0 / 255, 239.0 / 255, 244.0 / 255, 1));
+    screens_->setBackgroundColor(ControlColor(kBackground));
     root->addSubview(screens_);
     makeBar();
     root->addSubview(bar_);
@@ -171,7 +155,7 @@ void UINavigationController::makeBar() {
     backButton_ = std::make_shared<BackButton>(CGRectZero);
     backButton_->addSubview(makeChevron());
     backLabel_ = std::make_shared<UILabel>(CGRectZero);
-    backLabel_->setTextColor(color(kTint));
+    backLabel_->setTextColor(ControlColor(kControlTint));
     backButton_->addSubview(backLabel_);
     backButton_->addTargetForControlEvents([this](UIControl&) { popViewController(true); },
                                            UIControlEventTouchUpInside);

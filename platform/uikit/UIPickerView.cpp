@@ -146,7 +146,20 @@ bool UIPickerView::pressKey(UIKey key) {
     return true;
 }
 
+void UIPickerView::turnBy(CGFloat points) {
+    if (!std::isfinite(points)) return;
+    if (points * turned_ < 0) turned_ = 0;
+    turned_ += points;
+    const CGFloat whole = std::trunc(turned_ / kRowHeight);
+    turned_ -= whole * kRowHeight;
+    if (whole == 0 || rows() == 0 || motion_ == Motion::finger) return;
+    const int from = motion_ == Motion::none ? selected_ : target_;
+    const int row = static_cast<int>(std::clamp<CGFloat>(from + whole, 0, rows() - 1));
+    if (row != from) turnTo(row, kTurningRate, true);
+}
+
 void UIPickerView::fingerCameDown() {
+    turned_ = 0;
     caught_ = motion_ != Motion::none;
     if (!caught_) return;
     motion_ = Motion::finger;

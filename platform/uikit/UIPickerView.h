@@ -53,6 +53,8 @@ class UIPickerView final : public UIView {
     bool canBecomeFocused() const override { return true; }
     void setFocused(bool focused) override;
     bool pressKey(UIKey key) override; ///< up and down, home and end, page up and page down
+    /// By a mouse's wheel: a row for each row's height, counted over many turns in one direction.
+    void turnBy(CGFloat points);
     void touchesBegan(const UITouch&) override {}
     void touchesMoved(const UITouch&) override {}
     void touchesEnded(const UITouch& touch) override; ///< a tap on a row turns the wheel there
@@ -93,6 +95,7 @@ class UIPickerView final : public UIView {
     int target_ = 0;
     double turnStart_ = 0; // seconds
     CGFloat dragFrom_ = 0;
+    CGFloat turned_ = 0; // points by the wheel that are not yet a row
     CADisplayLink link_;
     std::shared_ptr<UIPanGestureRecognizer> pan_;
     std::shared_ptr<UIView> wheel_;

@@ -2,6 +2,8 @@
 
 #include "foundation/Dispatch.h"
 #include "quartzcore/Presentation.h"
+#include "uikit/ControlDrawing.h"
+#include "uikit/UIDevice.h"
 #include "uikit/UIGestureRecognizer.h"
 #include "uikit/UIViewAnimation.h"
 
@@ -56,6 +58,11 @@ CGFloat UIScrollView::nearestRest(CGFloat offset) const {
     return std::clamp(offset, minimumOffset(), maximumOffset());
 }
 
+// An offset between the ends at which what lies on whole pixels is drawn on whole pixels.
+CGFloat UIScrollView::wholePixels(CGFloat offset) const {
+    return nearestRest(WholePixels(offset));
+}
+
 // After the ends have moved. A finger, or momentum, finds out by itself.
 void UIScrollView::keepWithinEnds() {
     const CGFloat offset = contentOffset().y;
@@ -75,7 +82,10 @@ void UIScrollView::setTopInset(CGFloat points) {
 }
 
 CGFloat UIScrollView::maximumOffset() const {
-    return std::max(minimumOffset(), contentSize_.height - bounds().size.height);
+    constexpr CGFloat kNearly = 1e-6; // what sums of lengths may leave of a whole pixel
+    const CGFloat scale = UIScreen::mainScreen().scale();
+    const CGFloat below = contentSize_.height - bounds().size.height;
+    return std::max(minimumOffset(), std::ceil(below * scale - kNearly) / scale);
 }
 
 void UIScrollView::setContentOffset(const CGPoint& offset) {
@@ -103,13 +113,18 @@ void UIScrollView::scrollBy(CGFloat points) {
     setContentOffset({0, nearestRest(contentOffset().y + points)});
 }
 
+void UIScrollView::scrollSmoothlyBy(CGFloat points) {
+    const CGFloat from = motion_ == Motion::animated ? motionTo_ : contentOffset().y;
+    setContentOffsetAnimated({0, wholePixels(nearestRest(from + points))});
+}
+
 void UIScrollView::scrollRectToVisible(const CGRect& rect, bool animated) {
     CGFloat top = contentOffset().y + topInset_;
     CGFloat height = bounds().size.height - topInset_;
     CGFloat to = top;
     if (CGRectGetMaxY(rect) > top + height) to = CGRectGetMaxY(rect) - height;
     if (rect.origin.y < to) to = rect.origin.y;
-    to = nearestRest(to - topInset_);
+    to = wholePixels(to - topInset_);
     if (animated) return setContentOffsetAnimated({0, to});
     stopScrolling();
     setContentOffset({0, to});
@@ -173,10 +188,10 @@ void UIScrollView::letGo(CGFloat velocity) {
         if (UIViewAnimationsEnabled()) return springFrom(offset, velocity, now);
         return setContentOffset({0, nearestRest(offset)});
     }
-    if (std::abs(velocity) < 4 * kSlowest) return;
+    if (std::abs(velocity) < 4 * kSlowest) return setContentOffset({0, wholePixels(offset)});
     if (!UIViewAnimationsEnabled()) {
         const CGFloat way = (std::copysign(kSlowest, velocity) - velocity) / kDecay;
-        return setContentOffset({0, nearestRest(offset + way)});
+        return setContentOffset({0, wholePixels(offset + way)});
     }
     motion_ = Motion::momentum;
     motionStart_ = now;
@@ -210,7 +225,8 @@ void UIScrollView::step(double seconds) {
         const CGFloat share = std::clamp((seconds - motionStart_) / kAnimatedScroll, 0.0, 1.0);
         const CGFloat eased = share * share * (3 - 2 * share);
         if (share >= 1) motion_ = Motion::none;
-        setContentOffset({0, motionFrom_ + (motionTo_ - motionFrom_) * eased});
+        const CGFloat there = motionFrom_ + (motionTo_ - motionFrom_) * eased;
+        setContentOffset({0, share >= 1 ? WholePixels(there) : there});
         return;
     }
     }
@@ -229,7 +245,7 @@ void UIScrollView::stepMomentum(double seconds) {
         return stepSpring(seconds);
     }
     if (std::abs(speed) < kSlowest) motion_ = Motion::none;
-    setContentOffset({0, offset});
+    setContentOffset({0, motion_ == Motion::none ? wholePixels(offset) : offset});
 }
 
 // Critically damped: no swinging over.

@@ -31,6 +31,8 @@ class UIScrollView : public UIView {
     CGFloat maximumOffset() const;
     /// Moves at once, no further than the ends.
     void scrollBy(CGFloat points);
+    /// The same within 0.3 seconds, from where an earlier one is on its way to.
+    void scrollSmoothlyBy(CGFloat points);
     /// Moves as little as is needed to show the rectangle (of the content).
     void scrollRectToVisible(const CGRect& rect, bool animated = false);
     bool dragging() const { return dragging_; }
@@ -60,6 +62,7 @@ class UIScrollView : public UIView {
     void springFrom(CGFloat from, CGFloat velocity, double seconds);
     void keepWithinEnds();
     CGFloat nearestRest(CGFloat offset) const;
+    CGFloat wholePixels(CGFloat offset) const;
     void showIndicator();
 
     CGSize contentSize_;

@@ -1,12 +1,16 @@
 #include "uikit/UITableView.h"
 
+#include "foundation/UTFText.h"
 #include "quartzcore/TextLayout.h"
+#include "uikit/ControlDrawing.h"
 #include "uikit/UILabel.h"
 #include "uikit/UIWindow.h"
 
 #include <algorithm>
-#include <cctype>
+#include <clocale>
 #include <cmath>
+#include <cwctype>
+#include <string_view>
 
 namespace tallyforge {
 
@@ -25,11 +29,23 @@ UIColor captionColor() {
     return UIColor::colorWithRed(109.0 / 255, 109.0 / 255, 114.0 / 255, 1);
 }
 
-// ASCII letters only: the system's own texts have no others.
-std::string upperCased(std::string text) {
-    for (char& c : text)
-        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    return text;
+// Letters with one capital of their own; the others ("ß") and what is no text stay as they are.
+std::string upperCased(std::string_view text) {
+    static const locale_t letters = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    std::string capitals;
+    while (!text.empty()) {
+        const std::string_view before = text;
+        const char32_t letter = TakeUTF8(text);
+        const bool ascii = letter >= 'a' && letter <= 'z';
+        char32_t capital = ascii ? letter - 'a' + 'A' : letter;
+        if (letters && !ascii)
+            capital = static_cast<char32_t>(towupper_l(static_cast<wint_t>(letter), letters));
+        if (capital != letter)
+            AppendUTF8(capitals, capital);
+        else
+            capitals.append(before.substr(0, before.size() - text.size()));
+    }
+    return capitals;
 }
 
 CGFloat captionHeight(const std::string& text, CGFloat width) {
@@ -127,12 +143,12 @@ UITableView::Section UITableView::measureSection(int index, CGFloat top) {
     }
     const int rows = dataSource_->tableViewNumberOfRowsInSection(*this, index);
     section.rowTops.reserve(static_cast<size_t>(std::max(rows, 0)) + 1);
-    section.rowTops.push_back(y);
+    section.rowTops.push_back(WholePixels(y));
     for (int row = 0; row < rows; ++row) {
         const CGFloat height =
             delegate_ ? delegate_->tableViewHeightForRowAtIndexPath(*this, {index, row}) : rowHeight_;
         if (height > 0 && std::isfinite(height)) y += height;
-        section.rowTops.push_back(y);
+        section.rowTops.push_back(WholePixels(y));
     }
     if (!section.footer.empty())
         section.footerFrame = CGRectMake(x, y + kFooterTextTop, width, captionHeight(section.footer, width));

@@ -1,5 +1,7 @@
 #include "uikit/UITableViewCell.h"
 
+#include "uikit/ControlDrawing.h"
+#include "uikit/ShapeView.h"
 #include "uikit/UIDevice.h"
 #include "uikit/UIImageView.h"
 #include "uikit/UILabel.h"
@@ -17,40 +19,23 @@ constexpr CGFloat kGap = 8; // between title, detail and accessory
 constexpr CGFloat kImageGap = 15;
 constexpr double kFade = 0.3; // seconds
 
-const CGColor kLine{200.0 / 255, 199.0 / 255, 204.0 / 255, 1};
-const CGColor kPressed{217.0 / 255, 217.0 / 255, 217.0 / 255, 1};
-const CGColor kChevron{199.0 / 255, 199.0 / 255, 204.0 / 255, 1};
-const CGColor kTint{0, 122.0 / 255, 1, 1};
+constexpr uint32_t kLine = 0xC8C7CC;
+constexpr uint32_t kPressed = 0xD9D9D9;
+constexpr uint32_t kChevron = 0xC7C7CC;
+constexpr uint32_t kDetail = 0x8E8E93;
 
-UIColor color(const CGColor& c) {
-    return UIColor::colorWithRed(c.red, c.green, c.blue, c.alpha);
+std::shared_ptr<UIView> makeLine(const CGSize& size, std::initializer_list<CGPoint> points, uint32_t color) {
+    CGPath path;
+    path.moveToPoint(points.begin()->x, points.begin()->y);
+    for (const auto* point = points.begin() + 1; point != points.end(); ++point)
+        path.addLineToPoint(point->x, point->y);
+    return MakeStrokedShape({{0, 0}, size}, std::move(path), ControlColor(color), 2);
 }
-
-// An open line with round ends through three points.
-class StrokeView final : public UIView {
-  public:
-    StrokeView(const CGSize& size, const CGPoint& a, const CGPoint& b, const CGPoint& c, CGFloat width,
-               const CGColor& stroke)
-        : UIView(CGRect{{0, 0}, size}, std::make_shared<CAShapeLayer>()) {
-        CGPath path;
-        path.moveToPoint(a.x, a.y);
-        path.addLineToPoint(b.x, b.y);
-        path.addLineToPoint(c.x, c.y);
-        auto& shape = static_cast<CAShapeLayer&>(*layer());
-        shape.setPath(std::make_shared<CGPath>(path));
-        shape.setFillColor(std::nullopt);
-        shape.setStrokeColor(stroke);
-        shape.setLineWidth(width);
-        setUserInteractionEnabled(false);
-    }
-};
 
 std::shared_ptr<UIView> makeMark(UITableViewCellAccessoryType type) {
     if (type == UITableViewCellAccessoryType::checkmark)
-        return std::make_shared<StrokeView>(CGSize{13, 10}, CGPoint{1, 5.4}, CGPoint{4.6, 9}, CGPoint{12, 1},
-                                            2, kTint);
-    return std::make_shared<StrokeView>(CGSize{10, 20}, CGPoint{1.9, 4.2}, CGPoint{7.8, 10},
-                                        CGPoint{1.9, 15.8}, 2, kChevron);
+        return makeLine({13, 10}, {{1, 5.4}, {4.6, 9}, {12, 1}}, kControlTint);
+    return makeLine({10, 20}, {{1.9, 4.2}, {7.8, 10}, {1.9, 15.8}}, kChevron);
 }
 
 } // namespace
@@ -93,9 +78,8 @@ UILabel& UITableViewCell::detailTextLabel() {
     if (!detailLabel_) {
         detailLabel_ = std::make_shared<UILabel>(CGRectZero);
         detailLabel_->setFont(UIFont::systemFontOfSize(style_ == UITableViewCellStyleSubtitle ? 12 : 17));
-        detailLabel_->setTextColor(style_ == UITableViewCellStyleSubtitle
-                                       ? UIColor::blackColor()
-                                       : UIColor::colorWithRed(142.0 / 255, 142.0 / 255, 147.0 / 255, 1));
+        detailLabel_->setTextColor(style_ == UITableViewCellStyleSubtitle ? UIColor::blackColor()
+                                                                          : ControlColor(kDetail));
         contentView()->addSubview(detailLabel_);
     }
     setNeedsLayout();
@@ -141,7 +125,7 @@ void UITableViewCell::setHighlighted(bool highlighted, bool animated) {
     highlighted_ = highlighted;
     if (highlighted) {
         released_ = backgroundColor();
-        setBackgroundColor(color(kPressed));
+        setBackgroundColor(ControlColor(kPressed));
         return;
     }
     setBackgroundColor(released_);
@@ -149,7 +133,7 @@ void UITableViewCell::setHighlighted(bool highlighted, bool animated) {
     // Colours are not animated by the layer: a grey sheet fades instead.
     if (fading_) fading_->removeFromSuperview();
     fading_ = std::make_shared<UIView>(bounds());
-    fading_->setBackgroundColor(color(kPressed));
+    fading_->setBackgroundColor(ControlColor(kPressed));
     fading_->setUserInteractionEnabled(false);
     insertSubviewAtIndex(fading_, 0);
     UIViewAnimateAlpha(*fading_, 0, kFade);
@@ -184,9 +168,8 @@ CGFloat UITableViewCell::textInset() const {
 void UITableViewCell::layoutSubviews() {
     const CGFloat right = layoutAccessory();
     if (contentView_) layoutContent(right);
-    const CGFloat pixel = 1 / std::max(0.25, UIScreen::mainScreen().scale());
-    showLine(topLine_, topEdge_, 0, pixel);
-    showLine(bottomLine_, bottomEdge_, bounds().size.height - pixel, pixel);
+    showLine(topLine_, topEdge_, 0);
+    showLine(bottomLine_, bottomEdge_, bounds().size.height - HairlineWidth());
 }
 
 void UITableViewCell::layoutContent(CGFloat right) {
@@ -202,7 +185,7 @@ void UITableViewCell::layoutContent(CGFloat right) {
     layoutTexts(CGRectMake(left, 0, std::max<CGFloat>(0, end - left), height));
 }
 
-void UITableViewCell::showLine(std::shared_ptr<UIView>& line, Edge edge, CGFloat y, CGFloat thickness) {
+void UITableViewCell::showLine(std::shared_ptr<UIView>& line, Edge edge, CGFloat y) {
     if (edge == Edge::none) {
         if (line) line->removeFromSuperview();
         line = nullptr;
@@ -210,12 +193,13 @@ void UITableViewCell::showLine(std::shared_ptr<UIView>& line, Edge edge, CGFloat
     }
     if (!line) {
         line = std::make_shared<UIView>(CGRectZero);
-        line->setBackgroundColor(color(kLine));
+        line->setBackgroundColor(ControlColor(kLine));
         line->setUserInteractionEnabled(false);
         addSubview(line);
     }
     const CGFloat from = edge == Edge::full ? 0 : textInset();
-    line->setFrame(CGRectMake(from, y, std::max<CGFloat>(0, bounds().size.width - from), thickness));
+    const CGFloat width = std::max<CGFloat>(0, bounds().size.width - from);
+    line->setFrame(AlignedToPixels(*this, CGRectMake(from, y, width, HairlineWidth())));
 }
 
 // Where the content ends at the right.

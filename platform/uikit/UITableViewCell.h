@@ -80,7 +80,7 @@ class UITableViewCell : public UIView {
     void layoutContent(CGFloat right);
     void layoutTexts(const CGRect& room);
     CGFloat layoutAccessory();
-    void showLine(std::shared_ptr<UIView>& line, Edge edge, CGFloat y, CGFloat thickness);
+    void showLine(std::shared_ptr<UIView>& line, Edge edge, CGFloat y);
 
     int style_ = 0;
     std::string reuseIdentifier_;

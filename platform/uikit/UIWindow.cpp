@@ -186,15 +186,17 @@ void UIWindow::deliverToView(const UITouch& touch) {
     }
 }
 
-void UIWindow::scrollBy(const CGPoint& location, CGFloat points) {
+void UIWindow::scrollBy(const CGPoint& location, CGFloat points, Turn turn) {
     if (touching_) return;
     layoutIfNeeded();
     UIView* hit = front().hitTest(convertPointToView(location, &front()));
-    if (auto* picker = enclosing<UIPickerView>(hit)) {
-        picker->pressKey(points > 0 ? UIKey::down : UIKey::up);
-        return;
-    }
-    if (auto* scroll = enclosing<UIScrollView>(hit)) scroll->scrollBy(points);
+    if (auto* picker = enclosing<UIPickerView>(hit)) return picker->turnBy(points);
+    auto* scroll = enclosing<UIScrollView>(hit);
+    if (!scroll) return;
+    if (turn == Turn::notch)
+        scroll->scrollSmoothlyBy(points);
+    else
+        scroll->scrollBy(points);
 }
 
 UITextField* UIWindow::editedField() const {

@@ -28,8 +28,10 @@ class UIWindow final : public UIView {
     bool sendKey(UIKey key);
     /// Text typed by the keyboard or an input method, for the field that is being edited.
     bool insertText(std::string_view utf8);
-    /// Turns of a wheel or a touch pad, in points; positive moves the content up.
-    void scrollBy(const CGPoint& location, CGFloat points);
+    /// What is turned: a touch pad, which is followed exactly, or the notches of a wheel, which are jumps.
+    enum class Turn { exact, notch };
+    /// In points; positive moves the content up.
+    void scrollBy(const CGPoint& location, CGFloat points, Turn turn = Turn::exact);
 
     /// A view above everything else, such as an alert. While there is one, touches and keys reach only the
     /// last.

@@ -93,7 +93,7 @@ TEST_F(ScreenJsonTest, RowsSayWhatTheyShow) {
     EXPECT_EQ(roman["cell"], "TallyforgeSwitchTableCell");
     EXPECT_EQ(roman["value"], 1);
     EXPECT_EQ(roman["accessory"], "UISwitch");
-    EXPECT_EQ((*row(badge, "Horizontal offset"))["detail"], "-3.5 pt");
+    EXPECT_EQ((*row(badge, "Horizontal offset"))["detail"], "\u22123.5 pt");
     EXPECT_EQ((*row(badge, "Rotation"))["value"], 0); // what counts where nothing is set
     const Json& randomise = *row(badge, "Randomise");
     EXPECT_EQ(randomise["cell"], "PSTableCell");
@@ -237,7 +237,13 @@ TEST_F(ScreenJsonTest, SizeIsTheScreens) {
 
 TEST_F(ScreenJsonTest, AnUnknownPaneIsAWrongWord) {
     for (const char* name : {"nosuch", "", "Badge", "badgeprefs", "../badge"}) {
-        expectRefused(tallyforge({"inspect", "--pane", name}), 2, "there is no pane");
+        const Ended ended = tallyforge({"inspect", "--pane", name});
+        expectRefused(ended, 2, "there is no pane");
+        const Ended help = tallyforge({"inspect", "--help"});
+        for (const std::string& pane : allPanes()) {
+            EXPECT_NE(ended.errors.find(pane), std::string::npos) << pane;
+            EXPECT_NE(help.output.find(pane), std::string::npos) << pane;
+        }
         const std::string file = (scratch / "p.png").string();
         expectRefused(tallyforge({"render", file, "--pane", name}), 2, "there is no pane");
         EXPECT_FALSE(std::filesystem::exists(file));

@@ -5,6 +5,7 @@
 #include "cli/Screen.h"
 #include "corefoundation/CFPreferences.h"
 #include "foundation/NSNotificationCenter.h"
+#include "quartzcore/CADisplayLink.h"
 #include "settings/Settings.h"
 #include "uikit/UISlider.h"
 
@@ -84,6 +85,22 @@ TEST_F(SettingsAppTest, OurOwnChangeIsOneReload) {
     EXPECT_EQ(reloads, 1);
     stage.app().settingsChangedOutside(); // the file has changed, by us
     EXPECT_EQ(reloads, 1);
+}
+
+// Something may begin to move at any time of the way.
+TEST_F(SettingsAppTest, WaitingGoesFrameByFrameFromWhenSomethingMoves) {
+    auto stage = makeStage(false);
+    std::vector<double> frames;
+    CADisplayLink link([&](double seconds) { frames.push_back(seconds); });
+    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC / 2), dispatch_get_main_queue(),
+                   [&] { link.setPaused(false); });
+    stage.wait(0.25);
+    EXPECT_EQ(frames.size(), 0U);
+    stage.wait(0.75);
+    EXPECT_NEAR(static_cast<double>(frames.size()), 30, 2);
+    for (size_t i = 1; i < frames.size(); ++i)
+        EXPECT_LE(frames[i] - frames[i - 1], 1.0 / 60 + 1e-6);
+    EXPECT_EQ(stage.time(), 1);
 }
 
 TEST_F(SettingsAppTest, RandomiseIsOneReload) {

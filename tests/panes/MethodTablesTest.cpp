@@ -1,6 +1,8 @@
 // What each screen can be told by name: exactly this, besides what every settings screen can.
 #include "PanesFixture.h"
 
+#include "panes/PaneNames.h"
+
 #include <map>
 #include <set>
 
@@ -58,6 +60,18 @@ TEST_F(PanesTest, EveryClassIsKnownByItsNameAndHasItsOwnMethodsOnly) {
     }
 }
 
+TEST_F(PanesTest, TheNamesOfTheCommandLineAreThoseOfTheScreens) {
+    std::set<std::string> classes;
+    for (std::string_view name : kPaneNames)
+        classes.insert((name == "tallyforge" ? "tallyforgeprefs" : std::string(name)) + "ListController");
+    std::set<std::string> screens;
+    for (const auto& [name, selectors] : kMethods)
+        screens.insert(name);
+    EXPECT_EQ(classes, screens);
+    EXPECT_TRUE(PaneNamesInOneLine().starts_with("tallyforge, badge, badgecolor, "));
+    EXPECT_TRUE(PaneNamesInOneLine().ends_with(", themes, conditionalthemes"));
+}
+
 TEST_F(PanesTest, EachCallMakesAnotherScreen) {
     EXPECT_NE(pane("badgeListController"), pane("badgeListController"));
 }
@@ -74,7 +88,11 @@ TEST_F(PanesTest, TheMethodsReachTheirScreens) {
     EXPECT_EQ(stored("badgesize"), PropertyList::floatNumber(0.75F));
 
     auto back = PropertyList::integer(0);
-    PerformSelector(*badge, "resetSpecifier:withValue:", {&back, row});
+    PerformSelector(*badge, "resetSpecifier:withValue:", {&back, row}); // the row is not its identifier
+    PerformSelector(*badge, "resetSpecifier:withValue:", {&back, nullptr, "nosuchrow"});
+    PerformSelector(*badge, "resetSpecifier:withValue:", {nullptr, nullptr, "badgesize"});
+    EXPECT_EQ(stored("badgesize"), PropertyList::floatNumber(0.75F));
+    PerformSelector(*badge, "resetSpecifier:withValue:", {&back, nullptr, "badgesize"});
     EXPECT_EQ(stored("badgesize"), PropertyList::floatNumber(0));
 
     told.clear();

@@ -118,6 +118,23 @@ TEST_F(ChoiceListTest, WithoutChoicesItIsEmpty) {
     EXPECT_EQ(bare.title(), "");
 }
 
+TEST_F(ChoiceListTest, ASetterMayTakeTheListAway) {
+    openChoices({{"set", text("leave")}});
+    const std::weak_ptr<PSListItemsController> list = list_;
+    const CGRect rect = list_->table()->rectForRowAtIndexPath({0, 1});
+    const CGPoint there = list_->table()->convertPointToView({30, CGRectGetMidY(rect)}, nullptr);
+    list_.reset();
+    bool alive = false;
+    pane_->whenLeft = [&] {
+        navigation_->popViewController(false);
+        alive = !list.expired();
+    };
+    tap(there);
+    EXPECT_TRUE(alive) << "while it is at work";
+    EXPECT_TRUE(list.expired());
+    EXPECT_EQ(navigation_->topViewController(), pane_);
+}
+
 TEST_F(ChoiceListTest, ChoosingAfterTheFirstScreenHasGoneSetsNothing) {
     openChoices();
     navigation_->setViewControllers({list_});

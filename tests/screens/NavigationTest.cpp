@@ -497,5 +497,19 @@ TEST_F(NavigationTest, TheBarHasItsColoursAndAHairline) {
     }
 }
 
+TEST_F(NavigationTest, TheBarsHairlineIsOnePixelWhereTheBarEndsWithinOne) {
+    for (const CGFloat scale : {1.1, 1.37, 1.85}) { // as a window that was resized has it
+        UIScreen::mainScreen().setScale(scale);
+        auto own = std::make_shared<UINavigationController>(screen("Own"));
+        window_->setRootViewController(own);
+        const auto image = picture();
+        int lines = 0;
+        for (int y = 0; y < static_cast<int>(66 * scale); ++y)
+            lines += (image->pixel(50, y) & 0xFFFFFFU) == 0xB2B2B2U;
+        EXPECT_EQ(lines, 1) << scale;
+        window_->setRootViewController(nullptr);
+    }
+}
+
 } // namespace
 } // namespace tallyforge::test

@@ -1,22 +1,13 @@
 #pragma once
 
-#include "foundation/Dispatch.h"
-#include "quartzcore/CADisplayLink.h"
-#include "quartzcore/Presentation.h"
-#include "quartzcore/RenderServer.h"
 #include "quartzcore/TextLayout.h"
-#include "rastergraphics/RasterGraphics.h"
 #include "support/DeviceFixture.h"
-#include "uikit/UIDevice.h"
+#include "support/TouchFixture.h"
 #include "uikit/UILabel.h"
-#include "uikit/UIViewAnimation.h"
 #include "uikit/UIViewController.h"
-#include "uikit/UIWindow.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -25,52 +16,16 @@ namespace tallyforge::test {
 
 using Log = std::vector<std::string>;
 
-/// A phone with a finger, a keyboard and a clock that only the test moves. Animations are on.
-class ScreenFixture : public testing::Test {
+/// With a device behind the window, and a keyboard. Animations are on.
+class ScreenFixture : public TouchFixture {
   protected:
-    ScreenFixture() {
+    ScreenFixture() : TouchFixture(true) {
         unsetenv("DBUS_SESSION_BUS_ADDRESS");
         setenv("XDG_RUNTIME_DIR", device_.root().c_str(), 1);
-        Graphics::install(MakeRasterGraphics());
-        UIScreen::mainScreen().setScale(2);
-        UIDevice::currentDevice().setUserInterfaceIdiom(UIUserInterfaceIdiomPhone);
-        MainQueue::main().clear();
-        MainQueue::main().setClock(&clock_);
         clock_.advanceTo(NSEC_PER_SEC);
-        UIViewSetAnimationsEnabled(true);
-        window_ = std::make_shared<UIWindow>(CGRectMake(0, 0, 375, 667));
-        window_->makeKeyWindow();
-    }
-    ~ScreenFixture() override {
-        window_.reset();
-        MainQueue::main().clear();
-        MainQueue::main().setClock(nullptr);
-        UIScreen::mainScreen().setScale(2);
-        UIViewSetAnimationsEnabled(true);
     }
 
-    double now() const { return static_cast<double>(clock_.nanoseconds()) / 1e9; }
-    /// Lets this much time pass: jobs run, and frames are made, 60 a second.
-    void pass(double seconds) {
-        const int64_t end = clock_.nanoseconds() + static_cast<int64_t>(seconds * 1e9);
-        while (clock_.nanoseconds() < end) {
-            MainQueue::main().runUntil(clock_, std::min(end, clock_.nanoseconds() + NSEC_PER_SEC / 60));
-            CADisplayLink::stepAll(now());
-            window_->layoutIfNeeded();
-            CARemoveFinishedAnimations(*window_->layer(), now());
-        }
-    }
-
-    void touch(UITouchPhase phase, const CGPoint& at) {
-        window_->sendTouch({phase, at, clock_.nanoseconds()});
-    }
-    void press(const CGPoint& at) { touch(UITouchPhase::began, at); }
-    void move(const CGPoint& to) { touch(UITouchPhase::moved, to); }
-    void lift(const CGPoint& at) { touch(UITouchPhase::ended, at); }
-    void tap(const CGPoint& at) {
-        press(at);
-        lift(at);
-    }
+    using TouchFixture::press;
     /// From one place to the other in this time, evenly, and lifted there; without time it rests first.
     void drag(const CGPoint& from, const CGPoint& to, double seconds) {
         constexpr int kSteps = 20;
@@ -84,9 +39,6 @@ class ScreenFixture : public testing::Test {
         lift(to);
     }
     bool press(UIKey key) { return window_->sendKey(key); }
-    static CGPoint middleOf(const UIView& view) {
-        return view.convertPointToView({CGRectGetMidX(view.bounds()), CGRectGetMidY(view.bounds())}, nullptr);
-    }
     /// Makes the view the only one in the window.
     template <class View>
     std::shared_ptr<View> show(std::shared_ptr<View> view) {
@@ -105,21 +57,13 @@ class ScreenFixture : public testing::Test {
     /// What is at a point of the screen now, without its alpha: 0xRRGGBB.
     uint32_t pixel(const CGPoint& point) {
         const CGFloat scale = UIScreen::mainScreen().scale();
-        window_->layoutIfNeeded();
-        const auto image = RenderServer::render(*window_->layer(), now(), scale);
+        const auto image = picture();
         return image->pixel(static_cast<int>(point.x * scale), static_cast<int>(point.y * scale)) & 0xFFFFFFU;
     }
-    std::shared_ptr<CGImage> picture() {
-        window_->layoutIfNeeded();
-        return RenderServer::render(*window_->layer(), now(), UIScreen::mainScreen().scale());
-    }
+    std::shared_ptr<CGImage> picture() { return TouchFixture::picture(UIScreen::mainScreen().scale()); }
 
     TestDevice device_;
-    VirtualClock clock_;
-    std::shared_ptr<UIWindow> window_;
 };
-
-inline constexpr CGFloat kScales[] = {1, 1.5, 2, 3};
 
 /// Writes down which touches reach it, as "name began".
 class TouchedView : public UIView {

@@ -212,6 +212,44 @@ TEST_F(ScrollViewTest, AnimatedOffsetsArriveInThreeTenthsOfASecond) {
     EXPECT_EQ(offset(), 100);
 }
 
+TEST_F(ScrollViewTest, NotchesAddUpToOneSmoothWay) {
+    scroll_->scrollSmoothlyBy(60);
+    EXPECT_EQ(offset(), 0);
+    pass(0.15);
+    EXPECT_GT(offset(), 0);
+    EXPECT_LT(offset(), 60);
+    scroll_->scrollSmoothlyBy(60);
+    scroll_->scrollSmoothlyBy(-20);
+    pass(0.4);
+    EXPECT_EQ(offset(), 100);
+    scroll_->scrollSmoothlyBy(-5000);
+    pass(0.4);
+    EXPECT_EQ(offset(), 0);
+}
+
+TEST_F(ScrollViewTest, ComesToRestOnWholePixels) {
+    for (const CGFloat scale : kScales) {
+        UIScreen::mainScreen().setScale(scale);
+        const auto pixelsAway = [&] { return std::abs(offset() * scale - std::round(offset() * scale)); };
+        scroll_->setContentSize({375, 5000.4});
+        scroll_->setContentOffset({0, 500.123});
+        fling(777);
+        pass(8);
+        EXPECT_FALSE(scroll_->decelerating());
+        EXPECT_LT(pixelsAway(), 1e-6) << scale;
+        drag({100, 300}, {100, 250.29}, 0); // without momentum
+        EXPECT_LT(pixelsAway(), 1e-6) << scale;
+        scroll_->setContentOffsetAnimated({0, 777.77});
+        pass(1);
+        EXPECT_LT(pixelsAway(), 1e-6) << scale;
+        scroll_->setContentOffset({0, scroll_->maximumOffset() - 50});
+        fling(3000);
+        pass(8);
+        EXPECT_EQ(offset(), scroll_->maximumOffset());
+        EXPECT_LT(pixelsAway(), 1e-6) << scale;
+    }
+}
+
 TEST_F(ScrollViewTest, WithoutAnimationsAFlingIsAtItsEndAtOnce) {
     scroll_->setContentSize({375, 100000});
     UIViewSetAnimationsEnabled(false);
@@ -220,7 +258,7 @@ TEST_F(ScrollViewTest, WithoutAnimationsAFlingIsAtItsEndAtOnce) {
     EXPECT_FALSE(scroll_->decelerating());
     EXPECT_FALSE(CADisplayLink::anyRunning());
     // 180 points by the finger, then until 10 points a second are left.
-    EXPECT_NEAR(there, 180 + (2000 - 10) / (-1000 * std::log(0.998)), 1e-6);
+    EXPECT_NEAR(there, 180 + (2000 - 10) / (-1000 * std::log(0.998)), 0.25); // the nearest pixel
     scroll_->setContentOffset({0, 0});
     press({100, 100});
     move({100, 110});

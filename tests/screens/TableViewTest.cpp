@@ -49,6 +49,12 @@ TEST_F(TableViewTest, RowsAreFoundByTheirPoints) {
     EXPECT_EQ(cell(0, 0)->frame(), CGRectMake(20, 35, 335, 44));
 }
 
+TEST_F(TableViewTest, EveryLetterWithACapitalOfItsOwnGetsIt) {
+    load({{"Été à l'île, straße, жук, 9\u00D7 \xFF", "", 1}});
+    ASSERT_EQ(captions().size(), 1U);
+    EXPECT_EQ(captions()[0]->text(), "ÉTÉ À L'ÎLE, STRAßE, ЖУК, 9\u00D7 \xFF");
+}
+
 TEST_F(TableViewTest, HeadersAreCapitalsAboveTheRowsAndFootersBelow) {
     load({{"Badge look", "What a badge looks like.", 1}, {"", "", 1}});
     const auto shown = captions();
@@ -422,7 +428,8 @@ TEST_F(TableViewTest, SeparatorsAreOnePixelFullAtAGroupsEndsAndInsetBetween) {
         table_->setFrame(CGRectMake(0, 66, 375, 600)); // on a pixel at every scale
         contents_.height = [](NSIndexPath) { return 44.0; };
         load({{"", "", 2}});
-        table_->setContentOffset({0, 35}); // the group begins at the table's upper edge
+        // The group begins at the table's upper edge.
+        table_->setContentOffset({0, table_->rectForRowAtIndexPath({0, 0}).origin.y});
         const auto image = picture();
         auto at = [&](CGFloat x, CGFloat y) { // y in pixels from the upper edge of the table
             return image->pixel(static_cast<int>(x * scale), static_cast<int>(66 * scale + y)) & 0xFFFFFFU;
@@ -440,6 +447,24 @@ TEST_F(TableViewTest, SeparatorsAreOnePixelFullAtAGroupsEndsAndInsetBetween) {
         EXPECT_EQ(at(5, 2 * row - 1), 0xC8C7CCU);
         EXPECT_EQ(at(200, 2 * row - 2), 0xFFFFFFU);
         EXPECT_EQ(at(200, 2 * row), 0xEFEFF4U);
+    }
+}
+
+TEST_F(TableViewTest, SeparatorsAreOnePixelHighAtEveryScale) {
+    for (const CGFloat scale : kScales) {
+        UIScreen::mainScreen().setScale(scale);
+        UIViewSetAnimationsEnabled(false);
+        load({{"", "A footer", 2}, {"", "", 3}, {"", "Another one", 1}, {"A header", "", 2}});
+        table_->remakeCells();
+        for (const int pixels : {0, 1, 25, 0}) {
+            table_->setContentOffset({0, pixels / scale});
+            const auto image = picture();
+            int lines = 0;
+            for (int y = static_cast<int>(68 * scale); y < image->height(); ++y)
+                lines += (image->pixel(static_cast<int>(200 * scale), y) & 0xFFFFFFU) == 0xC8C7CCU;
+            EXPECT_EQ(lines, 3 + 4 + 2 + 3) << scale << ' ' << pixels;
+        }
+        table_->setContentOffset({0, 0});
     }
 }
 

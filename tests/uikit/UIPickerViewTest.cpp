@@ -75,6 +75,28 @@ class UIPickerViewTest : public ControlFixture {
     std::shared_ptr<UIPickerView> picker_ = std::make_shared<UIPickerView>(CGRectMake(25, 100, 230, 160));
 };
 
+TEST_F(UIPickerViewTest, TheWheelTurnsARowForEachRowsHeight) {
+    const CGPoint there = middleOf(*picker_);
+    const auto turn = [&](CGFloat points) { window_->scrollBy(there, points, UIWindow::Turn::exact); };
+    for (int i = 0; i < 3; ++i)
+        turn(10);
+    EXPECT_EQ(selected(), 0);
+    turn(2);
+    EXPECT_EQ(selected(), 1);
+    turn(3 * 32 + 31);
+    EXPECT_EQ(selected(), 4);
+    turn(-31); // the other way it begins anew
+    EXPECT_EQ(selected(), 4);
+    turn(-1);
+    EXPECT_EQ(selected(), 3);
+    window_->scrollBy(there, 60, UIWindow::Turn::notch);
+    EXPECT_EQ(selected(), 4);
+    window_->scrollBy(there, 60, UIWindow::Turn::notch); // 28 are left of the one before
+    EXPECT_EQ(selected(), 6);
+    turn(-1e9);
+    EXPECT_EQ(selected(), 0);
+}
+
 TEST_F(UIPickerViewTest, BeginsAtTheFirstRow) {
     EXPECT_EQ(selected(), 0);
     EXPECT_EQ(picker_->numberOfRowsInComponent(0), 20);

@@ -1,35 +1,15 @@
 #include "window/FrameClock.h"
+#include "EventFixture.h"
 #include "foundation/Dispatch.h"
-
-#include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QEventLoop>
-
-#include <gtest/gtest.h>
 
 namespace tallyforge {
 
 namespace {
 
-class FrameClockTest : public testing::Test {
+class FrameClockTest : public test::EventTest {
   protected:
-    void SetUp() override {
-        if (!QCoreApplication::instance()) {
-            static int count = 1;
-            static char name[] = "test";
-            static char* words[] = {name, nullptr};
-            new QCoreApplication(count, words); // stays to the end of the program
-        }
-        MainQueue::main().clear();
-    }
-    void TearDown() override { MainQueue::main().clear(); }
-    // Lets events come for so long.
-    static void run(int milliseconds) {
-        QElapsedTimer timer;
-        timer.start();
-        while (timer.elapsed() < milliseconds)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-    }
+    FrameClockTest() { MainQueue::main().clear(); }
+    ~FrameClockTest() override { MainQueue::main().clear(); }
 
     MonotonicClock clock;
     int frames = 0;

@@ -1,36 +1,22 @@
 #include "window/OutsideChanges.h"
+#include "EventFixture.h"
 #include "corefoundation/CFPreferences.h"
 #include "settings/SettingsKeys.h"
 #include "support/DeviceFixture.h"
-
-#include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QEventLoop>
-
-#include <gtest/gtest.h>
 
 namespace tallyforge::test {
 
 namespace {
 
-class OutsideChangesTest : public testing::Test {
+class OutsideChangesTest : public EventTest {
   protected:
-    void SetUp() override {
-        if (!QCoreApplication::instance()) {
-            static int count = 1;
-            static char name[] = "test";
-            static char* words[] = {name, nullptr};
-            new QCoreApplication(count, words); // stays to the end of the program
-        }
+    OutsideChangesTest() {
         unsetenv("DBUS_SESSION_BUS_ADDRESS");
         unsetenv("XDG_RUNTIME_DIR");
     }
     /// How many changes are heard in a while.
     int heard() {
-        QElapsedTimer timer;
-        timer.start();
-        while (timer.elapsed() < 150)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        run(150);
         return std::exchange(heard_, 0);
     }
     void makeFolder() const {
