@@ -136,6 +136,13 @@ TEST_F(CFPreferencesTests, QuickVersionsAreNeverMistakenForEachOther) {
     }
 }
 
+TEST_F(CFPreferencesTests, AnEmptyKeyKeepsNothing) {
+    set("", 1);
+    EXPECT_FALSE(get(""));
+    EXPECT_EQ(synchronize(), "saved");
+    EXPECT_FALSE(std::filesystem::exists(host(path)));
+}
+
 TEST_F(CFPreferencesTests, NothingPendingWritesNothing) {
     EXPECT_EQ(synchronize(), "saved");
     EXPECT_FALSE(std::filesystem::exists(host("/var")));

@@ -2,6 +2,7 @@
 // everything that a list names is there.
 #include "PanesFixture.h"
 
+#include "appselect/RegisterAppSelect.h"
 #include "settings/SettingsKeys.h"
 #include "support/Program.h"
 
@@ -78,10 +79,13 @@ const std::set<std::string> kCellKinds{"PSGroupCell",  "PSLinkCell",    "PSLinkL
 class ListsTest : public PanesTest {
   protected:
     ListsTest() {
+        RegisterAppSelect();
         for (const auto& names : {kMarkPanes, kOtherPanes})
             for (const std::string& name : names)
                 screens.emplace(name, pane(name));
     }
+    /// Rows that keep a list of apps, and no setting of a look.
+    static bool listsApps(const PSSpecifier& row) { return row.textForKey("detail") == "QuillonAppSelect"; }
     /// Calls it with each screen's name without its ending, the screen and the row.
     void forEveryRow(const std::function<void(const std::string&, PSListController&, PSSpecifier&)>& look) {
         for (const auto& [name, screen] : screens) {
@@ -107,7 +111,7 @@ TEST_F(ListsTest, EverySettingIsEditableInExactlyOnePlace) {
     std::map<std::string, std::vector<std::string>> places; // "badge setValue:forSpecifier: 0"
     forEveryRow([&](const std::string& list, PSListController&, PSSpecifier& row) {
         std::string key = row.textForKey("key");
-        if (key.empty()) return;
+        if (key.empty() || listsApps(row)) return;
         EXPECT_EQ(row.textForKey("id"), key);
         EXPECT_EQ(row.textForKey("defaults"), kDomain);
         ASSERT_NE(row.propertyForKey("default"), nullptr);
@@ -324,6 +328,23 @@ TEST_F(ListsTest, ColourRowsSayWhatThePickerNeeds) {
         EXPECT_NE(row.textForKey("disabledSubtitle"), "");
     });
     EXPECT_EQ(seen, 9);
+}
+
+TEST_F(ListsTest, AppListRowsSayWhatTheChooserNeeds) {
+    std::vector<std::string> rows;
+    forEveryRow([&](const std::string& list, PSListController&, PSSpecifier& row) {
+        if (!listsApps(row)) return;
+        EXPECT_EQ(row.cellKind(), "PSLinkCell");
+        EXPECT_EQ(row.textForKey("cellClass"), "QuillonAppSelectLinkCell");
+        EXPECT_EQ(row.textForKey("id"), row.textForKey("key"));
+        EXPECT_EQ(row.textForKey("defaults"), kDomain);
+        EXPECT_EQ(row.textForKey("PostNotification"), "com.quillon.tallyforge.prefs");
+        EXPECT_EQ(row.propertyForKey("default"), nullptr);
+        EXPECT_FALSE(FindSettingKey(row.textForKey("key"))) << "no setting of a look";
+        rows.push_back(list + " " + row.identifier() + " " + row.name() +
+                       (row.flagForKey("defaultValue", false) ? " on" : " off"));
+    });
+    EXPECT_EQ(rows, std::vector<std::string>{"badge badgeapps Apps with badges on"});
 }
 
 TEST_F(ListsTest, TextsAreWellFormed) {

@@ -168,6 +168,17 @@ TEST_F(UIImageTest, ABetterFileThatAppearsIsTaken) {
     EXPECT_EQ(chosen("icon.png"), "icon@2x.png at 2");
 }
 
+TEST_F(UIImageTest, ARenderingModeIsKeptAndChangesNothingElse) {
+    const UIImage image = UIImage::imageWithCGImage(plain(2, 3, 0xFF112233u), 2, UIImageOrientationDown);
+    EXPECT_EQ(image.renderingMode(), UIImageRenderingModeAutomatic);
+    const UIImage original = image.imageWithRenderingMode(UIImageRenderingModeAlwaysOriginal);
+    EXPECT_EQ(original.renderingMode(), UIImageRenderingModeAlwaysOriginal);
+    EXPECT_EQ(image.renderingMode(), UIImageRenderingModeAutomatic);
+    EXPECT_EQ(original.bitmap(), image.bitmap());
+    EXPECT_EQ(original.scale(), 2);
+    EXPECT_EQ(original.imageOrientation(), UIImageOrientationDown);
+}
+
 TEST_F(UIImageTest, ManyFilesStayCorrect) {
     for (int i = 0; i < 300; ++i)
         writePicture(kFolder + std::to_string(i) + ".png", 1, 1, 0xFF000000u + uint32_t(i));
