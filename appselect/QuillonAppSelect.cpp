@@ -37,11 +37,6 @@ void SortByName(const QuillonAppList::Catalogue& apps, std::vector<std::string>&
     }
 }
 
-std::optional<std::string> TextProperty(const PSSpecifierRef& specifier, std::string_view key) {
-    const PropertyList* value = specifier ? specifier->propertyForKey(key) : nullptr;
-    return value && value->isString() ? std::optional(*value->asString()) : std::nullopt;
-}
-
 } // namespace
 
 QuillonAppSelect::~QuillonAppSelect() {
@@ -73,10 +68,10 @@ void QuillonAppSelect::readSpecifier() {
     const PSSpecifierRef& row = specifier();
     if (!row) return;
     setTitle(row->name());
-    prefKey_ = TextProperty(row, "key");
+    prefKey_ = row->textIfSet("key");
     defaultValue_ = row->flagForKey("defaultValue", false);
     prefAppID_ = row->textForKey("defaults");
-    prefNotification_ = TextProperty(row, "PostNotification");
+    prefNotification_ = row->textIfSet("PostNotification");
 }
 
 void QuillonAppSelect::readStoredList() {

@@ -179,8 +179,8 @@ void OpeningAPane(benchmark::State& state) {
 }
 BENCHMARK(OpeningAPane)->Unit(benchmark::kMicrosecond);
 
-// The colour picker, from the tap on its row to the painted frame, and a frame of it while it scrolls up and
-// down through all of its rows.
+// The colour picker from the pane with its row to the painted frame, and a frame of it while it scrolls up
+// and down through all of its rows.
 void OpeningThePicker(benchmark::State& state) {
     Bench bench;
     std::vector<double> microseconds;

@@ -20,7 +20,6 @@ namespace {
 
 constexpr CGFloat kRowHeight = 44;
 constexpr std::string_view kCellIdentifier = "ColorSwatchCell";
-constexpr std::string_view kWhite = "#FFFFFF"; // needs a border to be seen
 
 constexpr std::array<std::string_view, 5> kSpecialSubtitles = {
     "*default color", "*transparent - hide", "*based on app icon",
@@ -30,11 +29,6 @@ constexpr int kTransparentRow = 1;
 
 const ColorRecord& recordAt(NSIndexPath path) {
     return palettes()[static_cast<size_t>(path.section)].colors[static_cast<size_t>(path.row)];
-}
-
-std::optional<std::string> textOf(const PSSpecifier& row, std::string_view key) {
-    const PropertyList* value = row.propertyForKey(key);
-    return value && value->isString() ? std::optional(*value->asString()) : std::nullopt;
 }
 
 // What is stored is taken as text, whatever it is.
@@ -64,13 +58,13 @@ void QuillonColorPicker::loadView() {
 void QuillonColorPicker::viewDidLoad() {
     if (const PSSpecifierRef& row = specifier()) {
         setTitle(row->name());
-        defaultColor_ = textOf(*row, "default");
-        prefKey_ = textOf(*row, "key");
-        appID_ = textOf(*row, "defaults");
-        notificationKey_ = textOf(*row, "PostNotification");
-        refreshPreviewNotificationKey_ = textOf(*row, "PreviewNotification");
-        disabledTitle_ = textOf(*row, "disabledTitle");
-        disabledSubtitle_ = textOf(*row, "disabledSubtitle");
+        defaultColor_ = row->textIfSet("default");
+        prefKey_ = row->textIfSet("key");
+        appID_ = row->textIfSet("defaults");
+        notificationKey_ = row->textIfSet("PostNotification");
+        refreshPreviewNotificationKey_ = row->textIfSet("PreviewNotification");
+        disabledTitle_ = row->textIfSet("disabledTitle");
+        disabledSubtitle_ = row->textIfSet("disabledSubtitle");
         allowAutomatic_ = row->flagForKey("allowAutomatic", true);
         allowTransparent_ = row->flagForKey("allowTransparent", true);
     }
@@ -112,12 +106,10 @@ std::shared_ptr<UITableViewCell> QuillonColorPicker::tableViewCellForRowAtIndexP
         showSpecialRow(*cell, path);
     } else {
         cell->detailTextLabel().setText(std::string(record.hex));
-        cell->showColor(UIColorZintara::colorFromHexString(record.hex), record.hex == kWhite);
+        cell->showColor(UIColorZintara::colorFromHexString(record.hex),
+                        UIColorZintara::needsBorder(record.hex));
     }
-    if (record.hex == selectedColor_) {
-        selectedIndexPath_ = path;
-        cell->setAccessoryType(UITableViewCellAccessoryType::checkmark);
-    }
+    if (record.hex == selectedColor_) check(*cell, path);
     if (path.section == kCustomPalette) showCustomRow(*cell, path);
     cell->setNeedsLayout();
     return cell;
@@ -141,10 +133,18 @@ void QuillonColorPicker::showCustomRow(SwatchCell& cell, NSIndexPath path) {
     cell.addSubview(getSliderViewWithColor(color));
     cell.setTag(kCustomCellTag);
 
-    const bool mixed = !presetColorExists(shown);
-    if (mixed) selectedIndexPath_ = path;
-    cell.setAccessoryType(mixed ? UITableViewCellAccessoryType::checkmark
-                                : UITableViewCellAccessoryType::none);
+    if (presetColorExists(shown))
+        cell.setAccessoryType(UITableViewCellAccessoryType::none);
+    else
+        check(cell, path);
+}
+
+// The row that had the mark may be on screen too: a mixed colour can have become one of a palette.
+void QuillonColorPicker::check(UITableViewCell& cell, NSIndexPath path) {
+    const auto former = selectedIndexPath_ ? table_->cellForRowAtIndexPath(*selectedIndexPath_) : nullptr;
+    if (former) former->setAccessoryType(UITableViewCellAccessoryType::none);
+    cell.setAccessoryType(UITableViewCellAccessoryType::checkmark);
+    selectedIndexPath_ = path;
 }
 
 bool QuillonColorPicker::tableViewShouldHighlightRowAtIndexPath(UITableView&, NSIndexPath path) {
@@ -157,12 +157,9 @@ void QuillonColorPicker::tableViewDidSelectRowAtIndexPath(UITableView& table, NS
     const auto cell = table.cellForRowAtIndexPath(path);
     if (!cell || cell->accessoryType() == UITableViewCellAccessoryType::checkmark) return;
 
-    const auto former = selectedIndexPath_ ? table.cellForRowAtIndexPath(*selectedIndexPath_) : nullptr;
-    if (former) former->setAccessoryType(UITableViewCellAccessoryType::none);
-    cell->setAccessoryType(UITableViewCellAccessoryType::checkmark);
-    selectedIndexPath_ = path;
-
+    check(*cell, path);
     if (path.section == kCustomPalette) {
+        setCustomColorNotifyTweak(std::nullopt, false); // the sliders' colour, even where a word was shown
         selectedColor_ = cell->detailText();
     } else {
         selectedColor_ = recordAt(path).hex;

@@ -53,6 +53,8 @@ class QuillonColorPicker final : public PSViewController,
     bool rowEnabled(NSIndexPath path) const;
     void showSpecialRow(SwatchCell& cell, NSIndexPath path) const;
     void showCustomRow(SwatchCell& cell, NSIndexPath path);
+    /// Gives the row the checkmark, and takes it from the one that had it.
+    void check(UITableViewCell& cell, NSIndexPath path);
 
     std::shared_ptr<UITableView> table_;
     std::optional<std::string> selectedColor_;

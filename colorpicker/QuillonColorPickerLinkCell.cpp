@@ -10,9 +10,8 @@ namespace tallyforge {
 namespace {
 
 constexpr CGSize kLabelSize{100, 32};
-constexpr CGSize kSwatchSize{24, 24};
+constexpr CGSize kThumbnailSize{24, 24};
 constexpr CGFloat kRightGap = 4;
-constexpr CGFloat kGrey = 0.8;
 
 // At the right end of the content, in the middle of its height.
 void placeAtRight(UIView& view, const CGSize& content) {
@@ -32,17 +31,16 @@ bool QuillonColorPickerLinkCell::initWithStyleReuseIdentifierSpecifier(
     if (!PSTableCell::initWithStyleReuseIdentifierSpecifier(style, std::move(reuseIdentifier),
                                                             std::move(specifier)))
         return false;
-    const UIColor grey = UIColor::colorWithWhite(kGrey, 1);
     valueLabel_ = std::make_shared<UILabel>(CGRect{CGPointZero, kLabelSize});
     valueLabel_->setFont(UIFont::systemFontOfSize(12));
-    valueLabel_->setTextColor(grey);
+    valueLabel_->setTextColor(UIColor::colorWithWhite(0.8, 1));
     valueLabel_->setTextAlignment(NSTextAlignmentRight);
     valueLabel_->setHidden(true);
     contentView()->addSubview(valueLabel_);
 
     thumbnailView_ = std::make_shared<UIImageView>(UIImage());
-    thumbnailView_->setFrame({CGPointZero, kSwatchSize});
-    thumbnailView_->layer()->setBorderColor(grey.cgColor());
+    thumbnailView_->setFrame({CGPointZero, kThumbnailSize});
+    thumbnailView_->layer()->setBorderColor(UIColorZintara::borderColor().cgColor());
     thumbnailView_->setHidden(true);
     contentView()->addSubview(thumbnailView_);
     return true;
@@ -52,14 +50,25 @@ void QuillonColorPickerLinkCell::loadColorValueFromPrefs() {
     if (!specifier()) return;
     const std::string key = specifier()->textForKey("key");
     appID_ = specifier()->textForKey("defaults");
+    std::optional<PropertyList> value;
     if (!key.empty() && !appID_.empty()) {
         CFPreferencesAppSynchronize(appID_);
-        auto value = CFPreferencesCopyAppValue(key, appID_);
+        value = CFPreferencesCopyAppValue(key, appID_);
         if (value && value->isString()) selectedColor_ = *value->asString();
     }
+    if (!selectedColor_) selectedColor_ = specifier()->textIfSet("default");
+    noteRead(value);
+}
+
+// So that its screen can tell whether the setting has become another one since.
+void QuillonColorPickerLinkCell::noteRead(const std::optional<PropertyList>& value) {
     const PropertyList* fallback = specifier()->propertyForKey("default");
-    if (!selectedColor_ && fallback && fallback->isString()) selectedColor_ = *fallback->asString();
-    if (selectedColor_) specifier()->setPropertyForKey(PropertyList::string(*selectedColor_), "value");
+    if (value)
+        specifier()->setPropertyForKey(*value, "value");
+    else if (fallback)
+        specifier()->setPropertyForKey(PropertyList(*fallback), "value");
+    else
+        specifier()->removePropertyForKey("value");
 }
 
 void QuillonColorPickerLinkCell::layoutSubviews() {
@@ -80,7 +89,7 @@ void QuillonColorPickerLinkCell::showSwatch(const std::string& color) {
     thumbnailView_->setImage(UIColorZintara::thumbnailWithSize(UIColorZintara::colorFromHexString(color),
                                                                thumbnailView_->bounds().size));
     thumbnailView_->setHidden(false);
-    thumbnailView_->layer()->setBorderWidth(color == "#FFFFFF" ? 1 : 0); // white on white
+    thumbnailView_->layer()->setBorderWidth(UIColorZintara::needsBorder(color) ? 1 : 0);
 }
 
 void QuillonColorPickerLinkCell::showWord(const std::string& word) {

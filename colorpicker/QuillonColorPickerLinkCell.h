@@ -31,6 +31,7 @@ class QuillonColorPickerLinkCell final : public PSTableCell {
     std::string detailText() const override; ///< the stored value, whichever way it is shown
 
   private:
+    void noteRead(const std::optional<PropertyList>& value);
     void showSwatch(const std::string& color);
     void showWord(const std::string& word);
 

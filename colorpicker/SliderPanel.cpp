@@ -14,6 +14,7 @@ constexpr CGFloat kPanelLeft = 160;
 constexpr CGFloat kSliderHeight = 10;
 constexpr CGFloat kValueWidth = 20;
 constexpr CGFloat kValueHeight = 14;
+constexpr CGFloat kValueGrey = 0.45;
 
 struct Channel {
     const char* name;
@@ -54,9 +55,9 @@ std::shared_ptr<UILabel> makeValueLabel(const Channel& channel) {
     const CGFloat middle = channel.top + kSliderHeight / 2;
     auto label = std::make_shared<UILabel>(
         CGRectMake(kSliderValuesLeft - kPanelLeft, middle - kValueHeight / 2, kValueWidth, kValueHeight));
-    label->setTag(channel.tag + kSliderValueTag);
+    label->setTag(channel.tag + kSliderValueTagOffset);
     label->setFont(UIFont::systemFontOfSize(10));
-    label->setTextColor(UIColor::colorWithWhite(0.45, 1));
+    label->setTextColor(UIColor::colorWithWhite(kValueGrey, 1));
     label->setTextAlignment(NSTextAlignmentRight);
     label->setUserInteractionEnabled(false);
     return label;
@@ -91,7 +92,7 @@ void ShowSliderValues(UIView& within) {
     const auto sliders = ColorSliders(within);
     if (!sliders) return;
     for (UISlider* slider : *sliders) {
-        if (auto* label = dynamic_cast<UILabel*>(within.viewWithTag(slider->tag() + kSliderValueTag)))
+        if (auto* label = dynamic_cast<UILabel*>(within.viewWithTag(slider->tag() + kSliderValueTagOffset)))
             label->setText(std::to_string(static_cast<int>(slider->value())));
     }
 }

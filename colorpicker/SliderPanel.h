@@ -19,18 +19,18 @@ inline constexpr int kGreenSliderTag = 202;
 inline constexpr int kBlueSliderTag = 203;
 inline constexpr int kSliderPanelTag = 204;
 inline constexpr int kCustomCellTag = 205;
-/// A slider's value stands in a label with the slider's tag and this.
-inline constexpr int kSliderValueTag = 10;
+/// A slider's value stands in a label whose tag is the slider's and this.
+inline constexpr int kSliderValueTagOffset = 10;
 
 inline constexpr CGFloat kCustomRowHeight = 130;
 /// Where the column of the values begins in the row.
-inline constexpr CGFloat kSliderValuesLeft = 134;
+inline constexpr CGFloat kSliderValuesLeft = 136;
 
-/// The three sliders of a mixed colour, each from 0 to 255, with their values at their left.
 struct SliderPanelActions {
     std::function<void()> sliderAction;        ///< one has been moved
     std::function<void()> sliderDidEndSliding; ///< one has been let go
 };
+/// The three sliders of a mixed colour, each from 0 to 255, with their values at their left.
 std::shared_ptr<UIView> MakeSliderPanel(const UIColor& color, const SliderPanelActions& actions);
 
 /// Red, green and blue below the view; nothing when one of them is missing.

@@ -25,7 +25,7 @@ void endAt(CGFloat right, UILabel& label) {
 SwatchCell::SwatchCell(std::string reuseIdentifier)
     : UITableViewCell(UITableViewCellStyleSubtitle, std::move(reuseIdentifier)) {
     setSelectionStyle(UITableViewCellSelectionStyle::none);
-    setClipsToBounds(true);
+    setClipsToBounds(true); // the panel of the sliders is wider than the rest of the row
     textLabel().setFont(UIFont::systemFontOfSize(14));
     textLabel().setTextColor(UIColor::blackColor());
     detailTextLabel().setFont(UIFont::systemFontOfSize(10));
@@ -48,7 +48,7 @@ void SwatchCell::clear() {
 void SwatchCell::showColor(const UIColor& color, bool bordered) {
     imageView().setImage(UIColorZintara::thumbnailWithSize(color, kSwatchSize));
     imageView().layer()->setBorderWidth(bordered ? 1 : 0);
-    imageView().layer()->setBorderColor(UIColor::colorWithWhite(0.8, 1).cgColor());
+    imageView().layer()->setBorderColor(UIColorZintara::borderColor().cgColor());
 }
 
 void SwatchCell::setTitleEnabled(bool enabled) {

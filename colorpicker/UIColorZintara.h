@@ -18,6 +18,15 @@ UIColor colorFromHexString(std::string_view text);
 /// positive or too large.
 UIImage thumbnailWithSize(const UIColor& color, const CGSize& size);
 
+/// Whether a thumbnail of that colour could not be told from the white around it.
+inline bool needsBorder(std::string_view color) {
+    return color == "#FFFFFF";
+}
+/// What such a border is drawn with.
+inline UIColor borderColor() {
+    return UIColor::colorWithWhite(0.8, 1);
+}
+
 } // namespace UIColorZintara
 
 } // namespace tallyforge

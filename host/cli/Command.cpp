@@ -178,7 +178,8 @@ void AddSettingsCommands(CLI::App& app, Options& options, Command& words) {
 
     CLI::App* colors =
         AddCommand(app, options, "colors",
-                   "Print the colours that the picker offers: palette, name, and the value to set",
+                   "Print the colours that the picker offers: palette, name, and what is stored for it; "
+                   "custom stands for one that is mixed",
                    "tallyforge colors --json");
     colors->alias("colours");
     options.json(colors);

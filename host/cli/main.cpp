@@ -25,7 +25,8 @@ int RunDrawingProgram(char** argv) {
 }
 
 int Run(const Command& command) {
-    if (command.name == "watch") return RunWatch(command); // needs no device
+    // These need no device.
+    if (command.name == "watch") return RunWatch(command);
     if (command.name == "colors") return RunColors(command);
     if (auto status = OpenDeviceFor(command)) return *status;
     if (command.name == "list") return RunList(command);

@@ -21,6 +21,11 @@ std::string PSSpecifier::textForKey(std::string_view key) const {
     return text ? *text : std::string();
 }
 
+std::optional<std::string> PSSpecifier::textIfSet(std::string_view key) const {
+    const PropertyList* value = propertyForKey(key);
+    return value && value->isString() ? std::optional(*value->asString()) : std::nullopt;
+}
+
 bool PSSpecifier::flagForKey(std::string_view key, bool absent) const {
     const PropertyList* value = propertyForKey(key);
     return value && (value->isNumber() || value->isString()) ? value->boolValue() : absent;

@@ -31,6 +31,8 @@ class PSSpecifier final : public NSObject {
 
     /// The property as text; empty when it is absent or no text.
     std::string textForKey(std::string_view key) const;
+    /// The same, told from an absent one.
+    std::optional<std::string> textIfSet(std::string_view key) const;
     bool flagForKey(std::string_view key, bool absent) const;
     double numberForKey(std::string_view key, double absent) const;
 

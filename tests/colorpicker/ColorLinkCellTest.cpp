@@ -127,6 +127,17 @@ TEST_F(ColorLinkCellTest, WhatWasShownStaysWhenTheKeyGoesOrIsNoText) {
     expectSwatch(*cell, 0xFF00FF00, 0);
 }
 
+// The screen compares what a row has read with what is stored; equal ones are not read again.
+TEST_F(ColorLinkCellTest, TheRowKnowsWhatWasReadEvenWhereItIsNotShown) {
+    store(PropertyList::integer(5));
+    auto cell = make();
+    layOut(*cell);
+    EXPECT_EQ(*cell->specifier()->propertyForKey("value"), PropertyList::integer(5));
+    CFPreferencesSetAppValue("fill", std::nullopt, kOwnDomain);
+    layOut(*cell);
+    EXPECT_EQ(*cell->specifier()->propertyForKey("value"), text("#FF3B30")) << "the default";
+}
+
 TEST_F(ColorLinkCellTest, WithoutKeyOrDomainTheDefaultShowsAndNothingIsRead) {
     store(text("#00FF00"));
     told.clear();

@@ -278,6 +278,87 @@ TEST_F(ColorPickerTest, SlidersWriteNothingWhileAPaletteRowIsChosen) {
     EXPECT_EQ(told, written("#FF3400"));
 }
 
+// The word stays in the palette; what is mixed is a colour.
+TEST_F(ColorPickerTest, TheCustomRowAfterAWordTakesTheSlidersColour) {
+    for (const char* word : {"automatic", "none", "transparent", "custom"}) {
+        store(text(word));
+        open();
+        EXPECT_EQ(cell(kCustomRow)->detailText(), word);
+        told.clear();
+        tapRow(kCustomRow);
+        EXPECT_EQ(told, written("#000000")) << word;
+        EXPECT_EQ(cell(kCustomRow)->detailText(), "#000000");
+    }
+}
+
+// A mixed colour that has become one of a palette: its row, when it comes on screen, takes the mark over.
+TEST_F(ColorPickerTest, ThereIsNeverMoreThanOneCheckmark) {
+    store(text("#123456"));
+    open();
+    slide(kRedSliderTag, 0);
+    slide(kGreenSliderTag, 128);
+    slide(kBlueSliderTag, 0);
+    EXPECT_EQ(checkedOnScreen(), std::vector{kCustomRow});
+    const NSIndexPath clover = pathOf("Clover"); // #008000
+    ASSERT_NE(cell(clover), nullptr);
+    EXPECT_EQ(checkedOnScreen(), std::vector{clover});
+    table().setContentOffset({0, table().maximumOffset() - 200});
+    window_->layoutIfNeeded();
+    EXPECT_LE(checkedOnScreen().size(), 1U);
+    told.clear();
+    tapRow("Tangerine");
+    EXPECT_EQ(told, written("#FF8000")) << "once";
+    EXPECT_EQ(checkedOnScreen(), std::vector{pathOf("Tangerine")});
+}
+
+// The keyboard keeps the custom row's cell although it is off screen.
+TEST_F(ColorPickerTest, AWordChosenWhileTheSlidersHaveTheKeyboardStands) {
+    store(text("#123456"));
+    open();
+    window_->focusView(&slider(kGreenSliderTag));
+    press(UIKey::right);
+    ASSERT_EQ(stored(), text("#123556"));
+    table().setContentOffset({0, 0});
+    window_->layoutIfNeeded();
+    ASSERT_NE(picker_->view()->viewWithTag(kCustomCellTag), nullptr);
+    told.clear();
+    table().selectRow({0, 2});
+    EXPECT_EQ(told, written("automatic"));
+    EXPECT_EQ(checkedOnScreen(), (std::vector<NSIndexPath>{{0, 2}}));
+}
+
+TEST_F(ColorPickerTest, OneMissingSliderIsEnoughForNothingToBeDone) {
+    store(text("#123456"));
+    open();
+    slider(kGreenSliderTag).removeFromSuperview();
+    told.clear();
+    picker_->setCustomColorNotifyTweak("#FF0000", true);
+    EXPECT_EQ(told, Log{});
+    EXPECT_EQ(cell(kCustomRow)->detailText(), "#123456");
+}
+
+TEST_F(ColorPickerTest, AClosedScreenIsFreedAndItsSlidersDoNothing) {
+    store(text("#123456"));
+    open();
+    auto red = std::dynamic_pointer_cast<UISlider>(slider(kRedSliderTag).shared_from_this());
+    window_->setRootViewController(nullptr);
+    navigation_.reset();
+    const std::weak_ptr<QuillonColorPicker> gone = picker_;
+    picker_.reset();
+    EXPECT_TRUE(gone.expired());
+    told.clear();
+    red->setValue(200);
+    red->sendActionsForControlEvents(UIControlEventValueChanged | UIControlEventTouchUpInside);
+    EXPECT_EQ(told, Log{});
+}
+
+TEST_F(ColorPickerTest, ADefaultThatIsNoTextCountsAsNone) {
+    auto properties = without("default");
+    properties.emplace_back("default", PropertyList::integer(5));
+    open(properties);
+    EXPECT_FALSE(picker_->selectedColor().has_value());
+}
+
 TEST_F(ColorPickerTest, WithoutSlidersOnScreenNothingOfThemIsDone) {
     store(text("#123456"));
     open();
@@ -339,7 +420,7 @@ TEST_F(ColorPickerTest, WithoutARowItOpensAndWritesNothing) {
     EXPECT_EQ(*picker_->selectedColor(), "#FF2D55");
 }
 
-TEST_F(ColorPickerTest, TheLastScreenToldMayClose) {
+TEST_F(ColorPickerTest, WhoeverIsToldMayCloseTheScreen) {
     open();
     auto closing = NSNotificationCenter::defaultCenter().addObserver("previewChanged", [this] {
         window_->setRootViewController(nullptr);
@@ -351,6 +432,7 @@ TEST_F(ColorPickerTest, TheLastScreenToldMayClose) {
     tap(table().convertPointToView({rect.origin.x + 30, CGRectGetMidY(rect)}, nullptr));
     EXPECT_EQ(stored(), text("#FF2D55"));
     EXPECT_EQ(told.back(), "darwin com.example.changed");
+    EXPECT_EQ(picker_, nullptr);
 }
 
 } // namespace

@@ -16,8 +16,7 @@ class PickerReuseTest : public PickerTest {
         for (NSIndexPath path : table().indexPathsForVisibleRows()) {
             auto shown = table().cellForRowAtIndexPath(path);
             ASSERT_NE(shown, nullptr);
-            const ColorRecord& record =
-                palettes()[static_cast<size_t>(path.section)].colors[static_cast<size_t>(path.row)];
+            const PaletteRow& record = rowAt(path);
             const bool isCustom = path.section == kCustomPalette, special = path.section == kSpecialPalette;
             custom += isCustom ? 1 : 0;
             EXPECT_EQ(shown->titleText(), record.name);
@@ -29,15 +28,33 @@ class PickerReuseTest : public PickerTest {
             const bool off = special && path.row > 0;
             EXPECT_EQ(shown->userInteractionEnabled(), !off) << record.name;
             EXPECT_EQ(shown->textLabel().enabled(), !off) << record.name;
-            EXPECT_EQ(shown->accessoryType() == UITableViewCellAccessoryType::checkmark,
-                      record.hex == picker_->selectedColor())
+            if (!special) expectColor(*shown, isCustom ? *picker_->selectedColor() : std::string(record.hex));
+            const bool chosen =
+                isCustom ? !isPreset(*picker_->selectedColor()) : record.hex == picker_->selectedColor();
+            EXPECT_EQ(shown->accessoryType() == UITableViewCellAccessoryType::checkmark, chosen)
                 << record.name;
         }
+        EXPECT_LE(checkedOnScreen().size(), 1U);
         EXPECT_LE(custom, 1);
         int panels = 0;
         for (const auto& view : table().subviews())
             panels += view->viewWithTag(kSliderPanelTag) ? 1 : 0;
         EXPECT_EQ(panels, custom);
+    }
+    static const PaletteRow& rowAt(NSIndexPath path) {
+        return *std::find_if(std::begin(kPaletteRows), std::end(kPaletteRows), [&](const PaletteRow& row) {
+            return row.section == path.section && row.row == path.row;
+        });
+    }
+    static bool isPreset(std::string_view value) {
+        return std::any_of(std::begin(kPaletteRows), std::end(kPaletteRows),
+                           [&](const PaletteRow& row) { return row.hex == value; });
+    }
+    static void expectColor(UITableViewCell& shown, const std::string& value) {
+        EXPECT_EQ(shown.detailText(), value);
+        const auto& bitmap = shown.imageView().image().bitmap();
+        const auto digits = value[0] == '#' ? std::stoul(value.substr(1), nullptr, 16) : 0;
+        EXPECT_EQ(bitmap->pixel(24, 12), 0xFF000000U | digits) << value;
     }
     static Properties greyed() {
         return row({{"allowAutomatic", PropertyList::boolean(false)},
@@ -46,7 +63,7 @@ class PickerReuseTest : public PickerTest {
 };
 
 TEST_F(PickerReuseTest, JumpingUpAndDownLeavesNothingStray) {
-    for (const char* chosen : {"#FFFFFF", "#5856D6", "#804000", "none"}) {
+    for (const char* chosen : {"#FFFFFF", "#5856D6", "#804000", "none", "#123456"}) {
         store(text(chosen));
         open(greyed());
         const CGFloat bottom = table().maximumOffset();
@@ -57,6 +74,21 @@ TEST_F(PickerReuseTest, JumpingUpAndDownLeavesNothingStray) {
             window_->layoutIfNeeded();
             expectClean();
         }
+    }
+}
+
+TEST_F(PickerReuseTest, ChoosingBetweenTheJumpsLeavesNothingStray) {
+    store(text("#123456"));
+    open(greyed());
+    std::mt19937 random(11);
+    for (int i = 0; i < 60; ++i) {
+        table().setContentOffset(
+            {0, std::uniform_real_distribution<CGFloat>(0, table().maximumOffset())(random)});
+        window_->layoutIfNeeded();
+        const auto visible = table().indexPathsForVisibleRows();
+        table().selectRow(visible[random() % visible.size()]);
+        window_->layoutIfNeeded();
+        expectClean();
     }
 }
 

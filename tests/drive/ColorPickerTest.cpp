@@ -60,6 +60,14 @@ class DrivenPickerTest : public DriveTest {
         }
         return {};
     }
+    /// Puts another list of the badge's colour screen on the device.
+    void rewriteList(const std::string& from, const std::string& to) const {
+        const std::filesystem::path file = device.file(kBundle + "badgecolorprefs.plist");
+        std::string list = bytesOf(file);
+        const size_t at = list.find(from);
+        ASSERT_NE(at, std::string::npos) << from;
+        std::ofstream(file, std::ios::binary) << list.replace(at, from.size(), to);
+    }
     void store(const char* key, const PropertyList& value) const {
         Dictionary domain;
         domain.setObjectForKey(value, key);
@@ -155,6 +163,68 @@ TEST_F(DrivenPickerTest, DisabledRowsWriteNothing) {
         EXPECT_EQ(trace(std::string("open ") + key + "\nwait 0\ntap Transparent\n"), opening);
     }
     EXPECT_FALSE(std::filesystem::exists(domainFile()));
+}
+
+TEST_F(DrivenPickerTest, WithoutAutomaticItsThreeRowsWriteNothing) {
+    rewriteList("<key>allowAutomatic</key>\n\t\t\t<true/>", "<key>allowAutomatic</key>\n\t\t\t<false/>");
+    EXPECT_EQ(inPicker("tap Automatic\ntap \"Automatic - only dark colors\"\n"
+                       "tap \"Automatic - only bright colors\"\n"),
+              Lines{});
+    EXPECT_EQ(inPicker("tap Transparent\n"), chosen("badgebgcol", "transparent"));
+}
+
+TEST_F(DrivenPickerTest, WithoutADomainOnlyTheNotificationsAreSent) {
+    rewriteList("<key>defaults</key>\n\t\t\t<string>com.quillon.tallyforge</string>", "");
+    EXPECT_EQ(inPicker("tap Pink\n"), (Lines{kReload, "darwin com.quillon.tallyforge.prefs"}));
+    EXPECT_EQ(checked(screen("open badgebgcol\n")), Lines{"Spring"}) << "the default";
+    EXPECT_FALSE(std::filesystem::exists(domainFile()));
+}
+
+TEST_F(DrivenPickerTest, WithoutNotificationsAChoiceIsSilent) {
+    rewriteList("<key>PostNotification</key>\n\t\t\t<string>com.quillon.tallyforge.prefs</string>", "");
+    EXPECT_EQ(inPicker("tap Pink\n"),
+              (Lines{"set com.quillon.tallyforge badgebgcol #FF2D55", kSynchronise, kReload}));
+    rewriteList("<key>PreviewNotification</key>\n\t\t\t<string>reloadTallyforgePreviewNotify</string>", "");
+    EXPECT_EQ(inPicker("tap Orange\n"),
+              (Lines{"set com.quillon.tallyforge badgebgcol #FF9500", kSynchronise}));
+}
+
+TEST_F(DrivenPickerTest, LeavingReadsAgainAndWritesNothing) {
+    Lines opening = trace("open badgebgcol\nwait 0\n");
+    Lines all = trace("open badgebgcol\nwait 0\nback\n");
+    ASSERT_GT(all.size(), opening.size());
+    EXPECT_EQ(Lines(all.begin() + static_cast<std::ptrdiff_t>(opening.size()), all.end()),
+              appearance("badgecolor"));
+}
+
+TEST_F(DrivenPickerTest, ThePickerThatIsThereStaysWhenItIsOpenedAgain) {
+    EXPECT_EQ(inPicker("open badgebgcol\n"), Lines{});
+}
+
+TEST_F(DrivenPickerTest, ListsOfChoicesOpenByTheirRowToo) {
+    Json shapes = screen("open badgeshape\n");
+    EXPECT_EQ(shapes["stack"], Json({"Tallyforge", "Badge", "Shape"}));
+    EXPECT_EQ(inspect({"--pane", "newdotpos"})["rows"].size(), 4U);
+}
+
+TEST_F(DrivenPickerTest, TheSlidersFollowAChoiceAndAWordIsBlack) {
+    Json blue = screen("open badgebgcol\ntap \"System Blue\"\nscroll Custom\n");
+    EXPECT_EQ((*tagged(blue["view"], 201))["value"], 0.0);
+    EXPECT_EQ((*tagged(blue["view"], 202))["value"], 122.0);
+    EXPECT_EQ((*tagged(blue["view"], 203))["value"], 255.0);
+    EXPECT_EQ(blue["rows"][63]["detail"], "#007AFF");
+    EXPECT_EQ(checked(blue), Lines{"System Blue"});
+    EXPECT_EQ(inPicker("tap Automatic\ntap Custom\n"),
+              joined({chosen("badgebgcol", "automatic"), chosen("badgebgcol", "#000000")}));
+    EXPECT_EQ(inPicker("scroll Custom\nslide Red 18\ntap Custom\n"), chosen("badgebgcol", "#120000"))
+        << "the checked row again";
+}
+
+// A value of a wrong kind is not read again and again while another row's slider moves.
+TEST_F(DrivenPickerTest, AWrongKindCostsNoReadsWhileASliderMoves) {
+    store("badgebgcol", PropertyList::integer(12));
+    EXPECT_EQ(traceOn("badgecolor", "slide Opacity 50\nslide Opacity 60\n"),
+              joined({change("badgealpha", "50"), change("badgealpha", "60")}));
 }
 
 TEST_F(DrivenPickerTest, SlidersWriteOnlyWhenTheCustomRowIsChosenAndTheFingerLifts) {
