@@ -87,9 +87,11 @@ class Options {
             ->type_name("WxH");
     }
     void pane(CLI::App* app) {
-        app->add_option("--pane", command_.pane,
-                        "A whole screen instead of the preview alone: tallyforge (the first one), badge, "
-                        "badgecolor, closebox, newdot, themes, ...; --size is then the screen's")
+        app->add_option(
+               "--pane", command_.pane,
+               "A whole screen instead of the preview alone: tallyforge (the first one), badge, "
+               "badgecolor, closebox, newdot, themes, ..., or the key of a row that opens a screen of "
+               "its own (badgeapps); --size is then the screen's")
             ->type_name("PANE");
     }
     void scale(CLI::App* app) {
