@@ -3,6 +3,7 @@
 #include "AppFixture.h"
 
 #include "appselect/QuillonAppSelect.h"
+#include "mobileservices/UIAssetManager.h"
 #include "support/AppBundles.h"
 #include "uikit/UISwitch.h"
 #include "uikit/UIWindow.h"
@@ -88,6 +89,7 @@ TEST_F(DriveTest, ABundleWithAHostileIconShowsItsName) {
 }
 
 TEST_F(AppTest, TheChooserWorksByKeysAlone) {
+    RegisterMobileServices();
     auto stage = makeStage(false);
     ASSERT_TRUE(stage.app().openPane("badgeapps"));
     auto& screen = dynamic_cast<QuillonAppSelect&>(*stage.app().navigation().topViewController());
@@ -97,14 +99,14 @@ TEST_F(AppTest, TheChooserWorksByKeysAlone) {
         return focused ? focused->tag() : -1;
     };
     for (int i = 0; i < 20 && focusedTag() != 0; ++i)
-        window.pressKey(UIKey::down);
+        window.sendKey(UIKey::down);
     ASSERT_EQ(focusedTag(), 0);
     for (int tag = 1; tag < 18; ++tag) { // through both sections, beyond the screen
-        window.pressKey(UIKey::down);
+        window.sendKey(UIKey::down);
         stage.app().step();
         ASSERT_EQ(focusedTag(), tag);
     }
-    window.pressKey(UIKey::space);
+    window.sendKey(UIKey::space);
     EXPECT_EQ(screen.enabledApps(), (PropertyList::Array{PropertyList::string("jp.hoshimado.hoshizucho")}));
 }
 
@@ -121,6 +123,7 @@ TEST_F(AppTest, TheBadgesScreenDoesNotShowItselfAgainBecauseOfTheList) {
 }
 
 TEST_F(AppTest, ALongNameEndsBeforeTheSwitch) {
+    RegisterMobileServices();
     auto stage = makeStage(false, CGSize{320, 568});
     ASSERT_TRUE(stage.app().openPane("badgeapps"));
     auto& screen = dynamic_cast<QuillonAppSelect&>(*stage.app().navigation().topViewController());

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <ctime>
+
+namespace tallyforge::test {
+
+/// Milliseconds of work of this thread so far, whatever else the machine does meanwhile.
+inline double CpuMilliseconds() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+} // namespace tallyforge::test
