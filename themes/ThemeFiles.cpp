@@ -3,12 +3,15 @@
 #include "corefoundation/CFNotificationCenter.h"
 #include "corefoundation/CFPreferences.h"
 #include "corefoundation/NSUserDefaults.h"
+#include "foundation/ArchiveGlance.h"
+#include "foundation/FolderReader.h"
 #include "foundation/NSFileManager.h"
 #include "foundation/NSKeyedArchiver.h"
 #include "settings/Settings.h"
 #include "themes/ThemeNames.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace tallyforge {
 
@@ -29,6 +32,20 @@ const PropertyList& Fallback(const SettingKey& key) {
     return *SettingsDefaults().objectForKey(key.name);
 }
 
+std::string ShownName(const std::string* name) {
+    return name && name->size() <= kLongestName ? *name : std::string();
+}
+
+// The name of the theme in the file, empty when it has none; nothing when the file is no theme.
+std::optional<std::string> ReadThemeName(FolderReader& folder, const FolderReader::Entry& file,
+                                         const std::string& path) {
+    // Folders hold many themes and only their names are wanted: whatever is not told at a glance is read.
+    if (const auto glance = GlanceAtArchivedDictionary(folder.peek(file), kThemeNameKey); glance.isDictionary)
+        return ShownName(glance.text ? &*glance.text : nullptr);
+    const auto theme = ReadTheme(path);
+    return theme ? std::optional(NameOfTheme(*theme)) : std::nullopt;
+}
+
 std::string WithoutExtension(std::string_view fileName) {
     return std::string(fileName.substr(0, fileName.rfind('.')));
 }
@@ -37,16 +54,16 @@ std::string WithoutExtension(std::string_view fileName) {
 
 ThemeListing ListThemes() {
     ThemeListing listing;
-    const auto files = NSFileManager::defaultManager().contentsOfDirectoryAtPath(kThemeFolder);
-    if (!files) return listing;
-    listing.empty = files->empty();
-    for (const std::string& file : *files) {
-        if (!HasThemeExtension(file)) continue;
-        std::string path = std::string(kThemeFolder) + file;
-        const auto theme = ReadTheme(path);
-        if (!theme) continue;
-        std::string name = NameOfTheme(*theme);
-        listing.themes.push_back({name.empty() ? WithoutExtension(file) : std::move(name), std::move(path)});
+    auto folder = FolderReader::open(kThemeFolder);
+    if (!folder) return listing;
+    listing.empty = folder->entries().empty();
+    for (const FolderReader::Entry& file : folder->entries()) {
+        if (!HasThemeExtension(file.name)) continue;
+        std::string path = std::string(kThemeFolder).append(file.name);
+        auto name = ReadThemeName(*folder, file, path);
+        if (!name) continue;
+        if (name->empty()) name = WithoutExtension(file.name);
+        listing.themes.push_back({std::move(*name), std::move(path)});
     }
     return listing;
 }
@@ -67,8 +84,7 @@ Result<Dictionary> ThemeFromArchive(const std::vector<uint8_t>& archive) {
 
 std::string NameOfTheme(const Dictionary& theme) {
     const PropertyList* name = theme.objectForKey(kThemeNameKey);
-    const std::string* text = name ? name->asString() : nullptr;
-    return text && text->size() <= kLongestName ? *text : std::string();
+    return ShownName(name ? name->asString() : nullptr);
 }
 
 const PropertyList* ThemeValue(const Dictionary& theme, const SettingKey& key) {

@@ -2,6 +2,7 @@
 
 #include "foundation/DurableFile.h"
 #include "foundation/FileDescriptor.h"
+#include "foundation/FolderReader.h"
 #include "foundation/RegularFile.h"
 
 #include <algorithm>
@@ -64,25 +65,9 @@ Result<std::vector<uint8_t>> NSFileManager::contentsAtPath(std::string_view path
 }
 
 Result<std::vector<std::string>> NSFileManager::contentsOfDirectoryAtPath(std::string_view path) const {
-    const int opened = DeviceRoot::open(path, O_RDONLY | O_DIRECTORY);
-    if (opened < 0) return Error{errno == ENOTDIR ? "not a folder" : ReasonOfErrno(errno)};
-    const std::unique_ptr<DIR, int (*)(DIR*)> folder(fdopendir(opened), &closedir);
-    if (!folder) {
-        const int number = errno;
-        close(opened);
-        return Error{ReasonOfErrno(number)};
-    }
-    std::vector<std::string> names;
-    for (;;) {
-        errno = 0;
-        const dirent* entry = readdir(folder.get());
-        if (!entry && errno != 0) return Error{ReasonOfErrno(errno)};
-        if (!entry) break;
-        const std::string_view name = entry->d_name;
-        if (name != "." && name != "..") names.emplace_back(name);
-    }
-    std::sort(names.begin(), names.end());
-    return names;
+    auto folder = FolderReader::open(path);
+    if (!folder) return folder.error();
+    return folder->takeNames();
 }
 
 Status NSFileManager::createDirectoryAtPath(std::string_view path) {

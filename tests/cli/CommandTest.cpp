@@ -39,7 +39,7 @@ TEST_F(CommandTest, WrongWordsAreOneLineAndStatusTwo) {
         {"watch", "--count", "0"},
         {"watch", "--timeout", "soon"},
         {"watch", "--count", "1e3"},
-        {"theme", "list"},
+        {"theme", "paint"},
         {"foo", "get", "badgesize"},
         {"set", "[badgesize,1.2]"},
         {"get", "[badgesize]"},

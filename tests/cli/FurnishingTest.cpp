@@ -67,6 +67,23 @@ TEST_F(FurnishingTest, AnotherVersionAddsOnlyWhatIsMissing) {
     EXPECT_EQ(bytesOf(plate), "mine");
 }
 
+// As after an installation; what the user deletes then stays deleted.
+TEST_F(FurnishingTest, AFreshDeviceHasTheDefaultThemesAmongTheUsersOwn) {
+    list();
+    const auto users = own() / "var/mobile/Documents/Tallyforge";
+    const auto defaults = own() / "Library/Application Support/Tallyforge";
+    size_t themes = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(defaults)) {
+        ++themes;
+        EXPECT_EQ(bytesOf(users / entry.path().filename()), bytesOf(entry.path())) << entry.path();
+    }
+    EXPECT_GE(themes, 8U);
+    std::filesystem::remove(users / "ember.tft");
+    std::ofstream(own() / ".tallyforge-furnished") << "0.0.1";
+    list();
+    EXPECT_FALSE(std::filesystem::exists(users / "ember.tft"));
+}
+
 TEST_F(FurnishingTest, SeveralAtATimeDoNotDisturbEachOther) {
     std::vector<std::unique_ptr<Program>> programs;
     for (int i = 0; i < 4; ++i)

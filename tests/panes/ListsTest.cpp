@@ -71,6 +71,8 @@ const std::vector<Expected> kExpected{
     {"newdotoffsetY", "newdot", "setValue:forSpecifier:", "0"},
     {"newdotanimtype", "newdotanim", "setPreset:forSpecifier:", "0"},
     {"newdotanimspd", "newdotanim", "setSlider:forSpecifier:", "1"},
+    {"perappapp", "conditionalthemes", "setPerAppValue:forSpecifier:", ""},
+    {"perapptheme", "conditionalthemes", "setPerAppValue:forSpecifier:", "0"},
 };
 
 const std::set<std::string> kCellKinds{"PSGroupCell",  "PSLinkCell",    "PSLinkListCell",   "PSSwitchCell",
@@ -119,13 +121,15 @@ TEST_F(ListsTest, EverySettingIsEditableInExactlyOnePlace) {
         places[key].push_back(list + " " + row.textForKey("set") + " " +
                               row.propertyForKey("default")->description());
     });
-    ASSERT_EQ(kExpected.size(), 47U);
+    ASSERT_EQ(kExpected.size(), 49U);
     EXPECT_EQ(places.size(), kExpected.size());
     for (const Expected& expected : kExpected) {
         EXPECT_EQ(places[expected.key], std::vector<std::string>{std::string(expected.list) + " " +
                                                                  expected.setter + " " + expected.absent})
             << expected.key;
-        EXPECT_TRUE(FindSettingKey(expected.key) || expected.key == kPresetCloseBoxKey) << expected.key;
+        const bool isOther =
+            expected.key == kPresetCloseBoxKey || std::string(expected.key).starts_with("perapp");
+        EXPECT_TRUE(FindSettingKey(expected.key) || isOther) << expected.key;
     }
 }
 
@@ -189,6 +193,7 @@ TEST_F(ListsTest, ChoicesShowEveryCodeByAName) {
     std::map<std::string, std::string> position;
     forEveryRow([&](const std::string&, PSListController&, PSSpecifier& row) {
         if (row.cellKind() != "PSLinkListCell" && row.cellKind() != "PSSegmentCell") return;
+        if (row.propertyForKey("valuesDataSource")) return; // apps and themes, which have no codes
         ASSERT_NE(row.propertyForKey("validValues"), nullptr);
         ASSERT_NE(row.propertyForKey("validTitles"), nullptr);
         const auto* values = row.propertyForKey("validValues")->asArray();
@@ -218,6 +223,22 @@ TEST_F(ListsTest, ChoicesShowEveryCodeByAName) {
                                                             {"Middle left", "6"},
                                                             {"Centre", "7"},
                                                             {"Middle right", "8"}}));
+}
+
+// The two rows whose choices the screen itself supplies.
+TEST_F(ListsTest, AppsAndThemesComeFromTheScreen) {
+    PSListController& screen = *screens.at("conditionalthemesListController");
+    const auto app = screen.specifierForID("perappapp"), theme = screen.specifierForID("perapptheme");
+    ASSERT_TRUE(app && theme);
+    EXPECT_EQ(app->textForKey("valuesDataSource"), "valueAppDataFromTarget:");
+    EXPECT_EQ(app->textForKey("titlesDataSource"), "titlesAppDataFromTarget:");
+    EXPECT_EQ(theme->textForKey("valuesDataSource"), "valueThemeDataFromTarget:");
+    EXPECT_EQ(theme->textForKey("titlesDataSource"), "titlesThemeDataFromTarget:");
+    ASSERT_EQ(app->choices().size(), 1U);
+    EXPECT_EQ(app->choices().front().title, "Folders");
+    ASSERT_EQ(theme->choices().size(), 1U);
+    EXPECT_EQ(theme->choices().front().title, "Disabled");
+    EXPECT_EQ(theme->choices().front().value, PropertyList::string("0"));
 }
 
 TEST_F(ListsTest, EverythingThatAListNamesIsThere) {
@@ -301,11 +322,13 @@ TEST_F(ListsTest, MarksAreRandomisedAndResetFromTheirOwnScreens) {
         std::string action = row.textForKey("action");
         if (action.empty()) return;
         actions[list] += action + " ";
-        EXPECT_EQ(row.flagForKey("destructive", false), action == "reset" || action == "deleteTheme");
+        EXPECT_EQ(row.flagForKey("destructive", false),
+                  (std::set<std::string>{"reset", "deleteTheme", "clearperappthemes"}.contains(action)));
     });
     EXPECT_EQ(actions, (std::map<std::string, std::string>{
                            {"badge", "randomize reset "},
                            {"closebox", "randomize reset "},
+                           {"conditionalthemes", "clearperappthemes "},
                            {"newdot", "randomize reset "},
                            {"tallyforgeprefs", "followMe: donate: "},
                            {"themes", "saveTheme loadTheme deleteTheme restoreThemes "}}));

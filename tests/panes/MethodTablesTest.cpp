@@ -42,7 +42,10 @@ const std::map<std::string, std::set<std::string>> kMethods{
       "numberOfComponentsInPickerView:", "pickerView:numberOfRowsInComponent:",
       "pickerView:titleForRow:forComponent:", "pickerView:didSelectRow:inComponent:",
       "alertView:clickedButtonAtIndex:", "saveProfile:overwriteIfExists:", "loadProfile", "deleteProfile"}},
-    {"conditionalthemesListController", {"specifiers"}},
+    {"conditionalthemesListController",
+     {"specifiers", "valueAppDataFromTarget:", "titlesAppDataFromTarget:", "valueThemeDataFromTarget:",
+      "titlesThemeDataFromTarget:", "getViewForID:", "getCellForID:", "setPerAppThemeEnableDisable",
+      "setValue:forSpecifier:", "setPerAppValue:forSpecifier:", "viewWillAppear:", "clearperappthemes"}},
 };
 
 TEST_F(PanesTest, EveryClassIsKnownByItsNameAndHasItsOwnMethodsOnly) {
