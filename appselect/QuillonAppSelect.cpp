@@ -26,6 +26,7 @@ constexpr int kSystemSection = 0;
 void SortByName(const QuillonAppList::Catalogue& apps, std::vector<std::string>& names,
                 std::vector<std::string>& identifiers) {
     std::vector<const QuillonAppList::Catalogue::value_type*> sorted;
+    sorted.reserve(apps.size());
     for (const auto& app : apps)
         sorted.push_back(&app);
     std::ranges::stable_sort(sorted, [](const auto* a, const auto* b) {

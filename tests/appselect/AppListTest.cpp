@@ -12,13 +12,11 @@
 namespace tallyforge {
 namespace {
 
-using test::DictionaryOf;
 using test::TextList;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 using testing::SizeIs;
-using testing::UnorderedElementsAre;
 
 using Attributes = std::map<std::string, PropertyList, std::less<>>;
 
@@ -98,7 +96,7 @@ class AppListTest : public testing::Test {
     ~AppListTest() override { RegisterClass("LSApplicationWorkspace", {}); }
 
     static void platform(std::vector<Attributes> entries) {
-        const auto workspace = std::make_shared<Platform>(std::move(entries));
+        const std::shared_ptr<NSObject> workspace = std::make_shared<Platform>(std::move(entries));
         RegisterClass("LSApplicationWorkspace", {[] { return std::shared_ptr<NSObject>(); },
                                                  {{"defaultWorkspace", [workspace] { return workspace; }}}});
     }

@@ -86,8 +86,10 @@ class AppSelectTest : public testing::Test {
         return static_cast<UISwitch&>(*cell(section, row)->accessoryView());
     }
     std::vector<bool> states(int section) const {
+        const int rows = screen->tableView()->numberOfRowsInSection(section);
         std::vector<bool> on;
-        for (int i = 0; i < screen->tableView()->numberOfRowsInSection(section); ++i)
+        on.reserve(static_cast<size_t>(rows));
+        for (int i = 0; i < rows; ++i)
             on.push_back(turner(section, i).isOn());
         return on;
     }

@@ -37,8 +37,10 @@ class ApplicationWorkspaceTest : public testing::Test {
         return value ? value->description() : "none";
     }
     static std::vector<std::string> all(std::string_view attribute) {
+        const auto list = apps();
         std::vector<std::string> texts;
-        for (const auto& app : apps())
+        texts.reserve(list.size());
+        for (const auto& app : list)
             texts.push_back(text(*app, attribute));
         return texts;
     }
