@@ -72,8 +72,8 @@ MethodResult Components(NSObject& self, const MethodArguments& arguments) {
 MethodResult Rows(NSObject& self, const MethodArguments& arguments) {
     auto picker = std::dynamic_pointer_cast<UIPickerView>(arguments.object);
     if (!picker) return nullptr;
-    return std::make_shared<const PropertyList>(PropertyList::integer(
-        Themes(self).pickerViewNumberOfRowsInComponent(*picker, Number(arguments, 0))));
+    return std::make_shared<const PropertyList>(
+        PropertyList::integer(Themes(self).pickerViewNumberOfRowsInComponent(*picker, Number(arguments, 0))));
 }
 
 MethodResult RowTitle(NSObject& self, const MethodArguments& arguments) {

@@ -37,8 +37,9 @@ struct Sheet {
     }
     CGPoint origin(size_t tile) const {
         const CGSize size = GalleryTileSize();
-        return {kMargin + static_cast<CGFloat>(tile % columns) * (size.width + kGap),
-                kMargin + static_cast<CGFloat>(tile / columns) * (size.height + kGap)};
+        const size_t row = tile / columns, column = tile % columns;
+        return {kMargin + static_cast<CGFloat>(column) * (size.width + kGap),
+                kMargin + static_cast<CGFloat>(row) * (size.height + kGap)};
     }
 };
 

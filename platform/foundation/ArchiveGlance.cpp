@@ -244,8 +244,7 @@ bool Walk::checkRoot(const Item& root, std::string_view key) {
         if (name == 0 || value == 0 || !isKeyAndLeaf(name, value)) return false;
         if (isText(name, key)) last = value;
     }
-    if (last != 0 && !item(reference(objects_, last), found_)) return false;
-    return true;
+    return last == 0 || item(reference(objects_, last), found_);
 }
 
 bool Walk::run(std::string_view key) {
