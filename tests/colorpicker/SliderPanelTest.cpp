@@ -13,6 +13,7 @@ class SliderPanelTest : public PickerTest {
     void setPad(bool pad) {
         UIDevice::currentDevice().setUserInterfaceIdiom(pad ? UIUserInterfaceIdiomPad
                                                             : UIUserInterfaceIdiomPhone);
+        window_->setFrame({CGPointZero, UIScreen::mainScreen().size()});
     }
     UIView& panel() {
         slider(kRedSliderTag);
