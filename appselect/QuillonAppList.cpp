@@ -13,8 +13,7 @@ namespace {
 std::optional<NSPredicate> VisibleApps(const char* type = nullptr) {
     std::vector<NSPredicate> parts;
     const auto add = [&](std::string_view format, const std::vector<PropertyList>& arguments = {}) {
-        if (auto part = NSPredicate::predicateWithFormat(format, arguments))
-            parts.push_back(std::move(*part));
+        parts.push_back(*NSPredicate::predicateWithFormat(format, arguments));
     };
     add("not (appTags contains 'hidden')");
     add("not (applicationIdentifier contains 'com.apple.webapp')");

@@ -32,6 +32,8 @@ void SortByName(const QuillonAppList::Catalogue& apps, std::vector<std::string>&
     std::ranges::stable_sort(sorted, [](const auto* a, const auto* b) {
         return localizedStandardCompare(a->second, b->second) < 0;
     });
+    names.clear();
+    identifiers.clear();
     for (const auto* app : sorted) {
         names.push_back(app->second);
         identifiers.push_back(app->first);

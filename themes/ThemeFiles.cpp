@@ -98,7 +98,7 @@ Dictionary ThemeOfSettings(std::string_view name) {
     theme.reserve(SettingsKeyTable().size() + 1);
     theme.setObjectForKey(PropertyList::string(std::string(name)), kThemeNameKey);
     for (const SettingKey& key : SettingsKeyTable()) {
-        const PropertyList* value = domain.objectForKey(key.name);
+        const PropertyList* value = ThemeValue(domain, key);
         theme.setObjectForKey(value ? *value : Fallback(key), key.name);
     }
     return theme;

@@ -13,6 +13,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <set>
+
 namespace tallyforge {
 
 namespace {
@@ -104,12 +106,16 @@ int Delete(const Command& command) {
 
 int Restore(const Command& command) {
     const RestoredThemes restored = RestoreDefaultThemes();
-    for (const auto& [path, outcome] : restored.failures)
+    std::set<std::string> failed;
+    for (const auto& [path, outcome] : restored.failures) {
         Complain(command.name, path + ": " + outcome.reason());
-    if (!restored.failures.empty()) return kFailed;
-    for (const std::string& file : restored.files)
-        Print(OneLineText(file) + "\n");
-    return FinishOutput(command.name);
+        failed.insert(path);
+    }
+    for (const std::string& file : restored.files) {
+        if (!failed.contains(std::string(kThemeFolder) + file)) Print(OneLineText(file) + "\n");
+    }
+    const int printed = FinishOutput(command.name);
+    return failed.empty() ? printed : int{kFailed};
 }
 
 int Export(const Command& command) {

@@ -57,6 +57,7 @@ int FollowOnScreen(const Command& command) {
 }
 
 int Set(const Command& command) {
+    if (!IsUTF8(command.app)) return WrongWords(command.name, "the app's identifier is no UTF-8");
     if (const std::string why = WhyNoTieFile(command.app); !why.empty())
         return WrongWords(command.name, "'" + command.app + "': " + why);
     std::string theme(kNoTheme);

@@ -85,8 +85,10 @@ class Walk {
         return (markers_[name] & 0xF0) == kASCIIText && (markers_[value] & 0xF0) != kDictionary;
     }
     bool isText(uint64_t index, std::string_view text) {
+        // The length stands in the marker, or where that is full, after it.
+        const size_t length = markers_[index] & 0x0FU;
         Item each;
-        return markers_[index] == (kASCIIText | std::min<size_t>(text.size(), 15)) &&
+        return (markers_[index] & 0xF0U) == kASCIIText && (length == text.size() || length == 15) &&
                item(reference(objects_, index), each) && each.ascii() == text;
     }
     bool checkRoot(const Item& root, std::string_view key);

@@ -26,6 +26,7 @@ namespace {
 constexpr size_t kMostIconBytes = 4u << 20;
 constexpr uint32_t kMostIconSide = 1024; // pixels; larger ones take too long to read for a row
 constexpr size_t kMostIconNames = 12;
+constexpr size_t kMostBrokenIcons = 4;  // of one place, before it is given up
 constexpr CGFloat kCornerShare = 0.225; // of the side
 
 using Names = std::vector<std::string>;
@@ -149,10 +150,12 @@ bool IsBetter(uint32_t width, uint32_t than, uint32_t wanted) {
     return enough ? width < than : width > than;
 }
 
-std::optional<IconFile> BestFile(const std::string& bundle, const Names& names, uint32_t wanted) {
+std::optional<IconFile> BestFile(const std::string& bundle, const Names& names, uint32_t wanted,
+                                 const Names& broken) {
     std::optional<IconFile> best;
     for (const std::string& name : names) {
         for (const std::string& file : FilesForName(name)) {
+            if (std::ranges::find(broken, bundle + file) != broken.end()) continue;
             const uint32_t width = IconWidth(bundle + file);
             if (width == 0 || (best && !IsBetter(width, best->width, wanted))) continue;
             best = IconFile{bundle + file, width};
@@ -178,12 +181,16 @@ UIImage RoundedIcon(const CGImageRef& picture, CGFloat side, CGFloat scale) {
 
 UIImage IconFromGroup(const std::string& bundle, const Names& names, CGFloat side, CGFloat scale) {
     const auto wanted = static_cast<uint32_t>(std::clamp(HomeScreenSide() * scale, 1.0, 1024.0));
-    const auto file = BestFile(bundle, names, wanted);
-    if (!file) return {};
-    auto bytes = NSFileManager::defaultManager().contentsAtPath(file->path, kMostIconBytes);
-    if (!bytes) return {};
-    const CGImageRef picture = Graphics::current()->decodeImage(*bytes);
-    return picture ? RoundedIcon(picture, side, scale) : UIImage();
+    Names broken; // a file may have a good beginning alone
+    while (broken.size() < kMostBrokenIcons) {
+        const auto file = BestFile(bundle, names, wanted, broken);
+        if (!file) break;
+        const auto bytes = NSFileManager::defaultManager().contentsAtPath(file->path, kMostIconBytes);
+        const CGImageRef picture = bytes ? Graphics::current()->decodeImage(*bytes) : nullptr;
+        if (picture) return RoundedIcon(picture, side, scale);
+        broken.push_back(file->path);
+    }
+    return {};
 }
 
 UIImage MakeIcon(const LSBundle& bundle, CGFloat side, CGFloat scale) {

@@ -4,6 +4,7 @@
 #include "foundation/NSLocale.h"
 #include "mobileservices/ApplicationBundle.h"
 
+#include <algorithm>
 #include <map>
 #include <utility>
 
@@ -59,25 +60,36 @@ struct Surroundings {
     }
 };
 
-const std::string* DisplayName(const Dictionary& list) {
-    const std::string* name = TextOf(list, "CFBundleDisplayName");
-    return name ? name : TextOf(list, "CFBundleName");
+// In the first of the user's languages that the application speaks, else in its own.
+Dictionary TranslationOf(const std::string& bundle, const Dictionary& info,
+                         const std::vector<std::string>& languages) {
+    const auto in = [&](const std::string& language) {
+        return ReadBundleList(bundle + language + ".lproj/InfoPlist.strings");
+    };
+    for (const std::string& language : languages) {
+        if (auto strings = in(language)) return std::move(*strings);
+    }
+    const std::string* own = TextOf(info, "CFBundleDevelopmentRegion");
+    if (!own || own->find('/') != std::string::npos) return {};
+    if (std::ranges::find(languages, *own) != languages.end()) return {};
+    return in(*own).value_or(Dictionary());
 }
 
-// The name in the first of the user's languages that the application speaks.
-std::string TranslatedName(const std::string& bundle, const std::vector<std::string>& languages) {
-    for (const std::string& language : languages) {
-        auto strings = ReadBundleList(bundle + language + ".lproj/InfoPlist.strings");
-        if (strings && DisplayName(*strings)) return *DisplayName(*strings);
-    }
-    return {};
+// White space alone names nothing.
+const std::string* NameIn(const Dictionary& list, std::string_view key) {
+    const std::string* name = TextOf(list, key);
+    return name && name->find_first_not_of(" \t\r\n") != std::string::npos ? name : nullptr;
 }
 
 std::string NameOf(const ApplicationFolder& folder, const Dictionary& info,
                    const std::vector<std::string>& languages) {
-    if (std::string name = TranslatedName(folder.path, languages); !name.empty()) return name;
-    if (const std::string* name = DisplayName(info)) return *name;
-    if (const std::string* name = TextOf(info, "CFBundleExecutable")) return *name;
+    const Dictionary translation = TranslationOf(folder.path, info, languages);
+    for (const char* key : {"CFBundleDisplayName", "CFBundleName"}) {
+        for (const Dictionary* list : {&translation, &info}) {
+            if (const std::string* name = NameIn(*list, key)) return *name;
+        }
+    }
+    if (const std::string* name = NameIn(info, "CFBundleExecutable")) return *name;
     const std::string_view path(folder.path.data(), folder.path.size() - std::string_view(".app/").size());
     return std::string(path.substr(path.rfind('/') + 1));
 }

@@ -94,22 +94,23 @@ for pattern in ('Applications/*.app', 'var/containers/Bundle/Application/*/*.app
     for bundle in root.glob(pattern):
         info = plistlib.load(open(bundle / 'Info.plist', 'rb'))
         if 'hidden' not in info.get('SBAppTags', []):
-            found.append(info['CFBundleIdentifier'])
+            name = info.get('CFBundleDisplayName') or info.get('CFBundleName')
+            found.append(info['CFBundleIdentifier'] + ' ' + name)
 print('\n'.join(sorted(found)))
 )",
                              device.root().string()});
-    Lines identifiers;
-    for (size_t i = 1; i < list.size(); ++i)
-        identifiers.push_back(list[i]["value"]);
-    std::sort(identifiers.begin(), identifiers.end());
-    EXPECT_EQ(identifiers, linesOf(apps.output)) << apps.errors;
-    Lines names;
-    for (const char* name : {"App Store", "Mail", "Messages"}) {
-        for (const Json& entry : list) {
-            if (entry["title"] == name) names.push_back(entry["title"]);
-        }
+    Lines names, pairs;
+    for (size_t i = 1; i < list.size(); ++i) {
+        names.push_back(list[i]["title"]);
+        pairs.push_back(list[i]["value"].get<std::string>() + ' ' + names.back());
     }
-    EXPECT_EQ(names, (Lines{"App Store", "Mail", "Messages"}));
+    std::sort(pairs.begin(), pairs.end());
+    EXPECT_EQ(pairs, linesOf(apps.output)) << apps.errors;
+    EXPECT_EQ(
+        names,
+        (Lines{"4913", "App Store", "Beacon", "Cydia", "Éclair à Propos", "Kilometre", "Ledgerline", "Loom",
+               "Mail", "Messages", "Metronome", "Paperlantern", "Pocket Orchard", "Preferences", "Quarry",
+               "The Considerably Extended Almanac of Small Hours and Quiet Weather", "Tidewatch", "星図帳"}));
 }
 
 TEST_F(PerAppThemesTest, WithoutAnyAppTheFoldersAreStillThere) {

@@ -149,7 +149,6 @@ TEST_F(ThemesDriveTest, ThePickerShowsTheThemesInTheFoldersOrder) {
     const Json picker = alert("tap \"Load theme\"\n")["picker"];
     EXPECT_EQ(picker["rows"], (Json{"Same", "Same", "d"}));
     EXPECT_EQ(picker["selected"], 0);
-    // The row counts, not the name: the second one is removed.
     EXPECT_EQ(themes("tap \"Delete theme\"\npick d\ntap Delete\n"),
               (Lines{kAsksDelete, "remove " + kThemes + "d.tft",
                      "alert 0 Done | The theme d was successfully deleted!",

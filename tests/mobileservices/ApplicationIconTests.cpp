@@ -149,6 +149,15 @@ TEST_F(ApplicationIconTest, ABrokenFileGivesWayToTheNextPlace) {
     EXPECT_EQ(color(), kGreen);
 }
 
+// Its beginning is good, the rest is not.
+TEST_F(ApplicationIconTest, ABrokenFileGivesWayToItsSisters) {
+    app(DictionaryOf({{"CFBundleIcons", icons({"Icon"})}}));
+    icon("Icon@2x.png", 120, kRed);
+    std::filesystem::resize_file(device.file(std::string(kBundle) + "Icon@2x.png"), 60);
+    icon("Icon@3x.png", 180, kGreen);
+    EXPECT_EQ(color(), kGreen);
+}
+
 TEST_F(ApplicationIconTest, NamesThatLeadOutOfTheBundleAreNoNames) {
     app(DictionaryOf({{"CFBundleIcons", icons({"../B.app/Secret", "/Applications/B.app/Secret"})}}));
     icon("../B.app/Secret.png", 120, kRed);

@@ -148,6 +148,35 @@ TEST_F(ApplicationWorkspaceTest, ATranslatedNameGoesFirst) {
     EXPECT_THAT(all("localizedName"), ElementsAre("Carte marine")) << "a broken translation is none";
 }
 
+// Each key by itself: a short name in the user's language is no reason to leave the display name.
+TEST_F(ApplicationWorkspaceTest, ATranslatedShortNameComesAfterADisplayName) {
+    WriteList(device, "/Applications/A.app/Info.plist",
+              DictionaryOf({{"CFBundleIdentifier", PropertyList::string("a")},
+                            {"CFBundleDisplayName", PropertyList::string("Sea Chart")},
+                            {"CFBundleName", PropertyList::string("Chart")}}));
+    WriteList(device, "/Applications/A.app/en.lproj/InfoPlist.strings",
+              DictionaryOf({{"CFBundleName", PropertyList::string("Map")}}));
+    EXPECT_THAT(all("localizedName"), ElementsAre("Sea Chart"));
+}
+
+TEST_F(ApplicationWorkspaceTest, WithoutTheUsersLanguageItsOwnCounts) {
+    WriteList(device, "/Applications/A.app/Info.plist",
+              DictionaryOf({{"CFBundleIdentifier", PropertyList::string("a")},
+                            {"CFBundleDevelopmentRegion", PropertyList::string("fr")},
+                            {"CFBundleDisplayName", PropertyList::string("A1")}}));
+    WriteList(device, "/Applications/A.app/fr.lproj/InfoPlist.strings",
+              DictionaryOf({{"CFBundleDisplayName", PropertyList::string("Carte marine")}}));
+    EXPECT_THAT(all("localizedName"), ElementsAre("Carte marine"));
+}
+
+TEST_F(ApplicationWorkspaceTest, ANameOfBlanksIsNone) {
+    WriteList(device, "/Applications/A.app/Info.plist",
+              DictionaryOf({{"CFBundleIdentifier", PropertyList::string("a")},
+                            {"CFBundleDisplayName", PropertyList::string("   ")},
+                            {"CFBundleName", PropertyList::string("Chart")}}));
+    EXPECT_THAT(all("localizedName"), ElementsAre("Chart"));
+}
+
 TEST_F(ApplicationWorkspaceTest, ATwiceReachablePlaceIsListedOnce) {
     InstallUserApp(device, "user", "User");
     std::filesystem::create_directories(device.file("/var/mobile/Containers/Bundle"));

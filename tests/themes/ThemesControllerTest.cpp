@@ -70,6 +70,19 @@ TEST_F(ThemesControllerTest, ThePickerHasItsPlaceAndTheThemesAsRows) {
     EXPECT_EQ(alerts.size(), 1U);
 }
 
+TEST_F(ThemesControllerTest, OfTwoThemesOfOneNameTheRowCounts) {
+    put("a.tft", archive(theme("Same")));
+    put("b.tft", archive(theme("Same")));
+    controller->deleteTheme();
+    const auto picker = std::dynamic_pointer_cast<UIPickerView>(front()->accessoryView());
+    ASSERT_NE(picker, nullptr);
+    picker->selectRowInComponent(1, 0, false);
+    front()->clickButton(1);
+    EXPECT_TRUE(std::filesystem::exists(device.file(std::string(kThemeFolder) + "a.tft")));
+    EXPECT_FALSE(std::filesystem::exists(device.file(std::string(kThemeFolder) + "b.tft")));
+    EXPECT_EQ(alerts.back(), "0 Done | The theme Same was successfully deleted!");
+}
+
 TEST_F(ThemesControllerTest, RowsLiveHalfASecondAfterTheButton) {
     put("a.tft", archive(theme("A")));
     controller->loadTheme();
