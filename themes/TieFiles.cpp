@@ -72,7 +72,7 @@ std::vector<TieFailure> ClearTies() {
     const auto entries = files.contentsOfDirectoryAtPath(kTieFolder);
     if (!entries) return failures;
     for (const std::string& entry : *entries) {
-        auto removed = files.removeItemAtPath(PathOf(entry));
+        auto removed = files.removeTreeAtPath(PathOf(entry));
         if (!removed) failures.push_back({PathOf(entry), std::move(removed)});
     }
     return failures;

@@ -42,6 +42,23 @@ Status MakeFolder(std::string_view path) {
     return Done{};
 }
 
+/// Where something stands: the folder around it, and its name there.
+struct Place {
+    FileDescriptor parent;
+    std::string name;
+};
+
+// Of anything but the root and what a name with dots means.
+Result<Place> PlaceOf(std::string_view path) {
+    if (path.find('\0') != std::string_view::npos) return Error{ReasonOfErrno(EINVAL)};
+    auto [folder, name] = FolderAndName(path);
+    if (name.empty() || name == "." || name == ".." || path.back() == '/')
+        return Error{ReasonOfErrno(EISDIR)};
+    FileDescriptor parent(DeviceRoot::open(folder, O_PATH | O_DIRECTORY));
+    if (!parent) return Error{ReasonOfErrno(errno)};
+    return Place{std::move(parent), std::string(name)};
+}
+
 } // namespace
 
 NSFileManager& NSFileManager::defaultManager() {
@@ -88,13 +105,27 @@ Status NSFileManager::createDirectoryAtPath(std::string_view path) {
 }
 
 Status NSFileManager::removeItemAtPath(std::string_view path) {
-    if (path.find('\0') != std::string_view::npos) return Error{ReasonOfErrno(EINVAL)};
-    const auto [folder, name] = FolderAndName(path);
-    if (name.empty() || name == "." || name == ".." || path.back() == '/')
-        return Error{ReasonOfErrno(EISDIR)};
-    const FileDescriptor parent(DeviceRoot::open(folder, O_PATH | O_DIRECTORY));
-    if (!parent) return Error{ReasonOfErrno(errno)};
-    if (unlinkat(parent.get(), name.c_str(), 0) != 0) return Error{ReasonOfErrno(errno)};
+    const auto place = PlaceOf(path);
+    if (!place) return place.error();
+    if (unlinkat(place->parent.get(), place->name.c_str(), 0) != 0) return Error{ReasonOfErrno(errno)};
+    if (trace_) trace_("remove", path);
+    return Done{};
+}
+
+Status NSFileManager::removeTreeAtPath(std::string_view path) {
+    const auto place = PlaceOf(path);
+    if (!place) return place.error();
+    // A link goes here too, wherever it leads.
+    if (unlinkat(place->parent.get(), place->name.c_str(), 0) != 0) {
+        if (errno != EISDIR) return Error{ReasonOfErrno(errno)};
+        const auto names = contentsOfDirectoryAtPath(path);
+        if (!names) return names.error();
+        for (const std::string& name : *names) {
+            if (auto inner = removeTreeAtPath(std::string(path) + "/" + name); !inner) return inner;
+        }
+        if (unlinkat(place->parent.get(), place->name.c_str(), AT_REMOVEDIR) != 0)
+            return Error{ReasonOfErrno(errno)};
+    }
     if (trace_) trace_("remove", path);
     return Done{};
 }

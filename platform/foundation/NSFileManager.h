@@ -29,6 +29,8 @@ class NSFileManager {
     Status createDirectoryAtPath(std::string_view path);
     /// Removes a file (or a symbolic link itself), never a folder.
     Status removeItemAtPath(std::string_view path);
+    /// The same, and a folder with all that is in it. What links in it lead to stays.
+    Status removeTreeAtPath(std::string_view path);
 
     /// Replaces the file as a whole and durably: after success the new bytes survive a power cut, after a
     /// failure the old ones stand. A new file has mode 0644; an existing one keeps its mode and owner.

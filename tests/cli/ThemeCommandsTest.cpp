@@ -285,11 +285,17 @@ TEST_F(ThemeCommandsTest, WrongTiesAreRefused) {
     refused({"tie", "clear"}, 2);
     refused({"tie", "clear", "com.example.a", "--all"}, 2);
     EXPECT_FALSE(std::filesystem::exists(device.file(kTies)));
-    // What cannot be removed is said, and the rest is cleared.
-    std::filesystem::create_directories(device.file(kTies + "folder"));
+    refused({"tie", "set", "com.example.\xFF", "Ember"}, 2);
+}
+
+TEST_F(ThemeCommandsTest, ClearingLeavesTheTiesFolderEmptyWhateverStoodInIt) {
+    put("ember.tft", "Ember");
+    std::filesystem::create_directories(device.file(kTies + "folder/below"));
+    std::filesystem::create_symlink("../ember.tft", device.file(kTies + "link"));
     run({"tie", "set", "com.example.a", "Ember"});
-    refused({"tie", "clear", "--all"}, 1);
-    EXPECT_FALSE(std::filesystem::exists(device.file(kTies + "com.example.a")));
+    run({"tie", "clear", "--all"});
+    EXPECT_TRUE(std::filesystem::is_empty(device.file(kTies)));
+    EXPECT_TRUE(std::filesystem::exists(device.file("/var/mobile/Documents/Tallyforge/ember.tft")));
 }
 
 TEST_F(ThemeCommandsTest, TheScreenFollowsATieOfTheAppThatItShows) {

@@ -177,6 +177,21 @@ TEST_F(NSFileManagerTests, RemovesFilesAndLinksButNoFolders) {
     EXPECT_EQ(traced, "remove /f/a; remove /f/link; ");
 }
 
+TEST_F(NSFileManagerTests, RemovesAFolderWithAllThatIsInIt) {
+    put("/kept/a", "A");
+    put("/f/one/two/b", "B");
+    put("/f/c", "C");
+    link("../kept", "/f/link");
+    EXPECT_TRUE(files_.removeTreeAtPath("/f"));
+    EXPECT_FALSE(files_.fileExistsAtPath("/f"));
+    EXPECT_EQ(text("/kept/a"), "A") << "what a link leads to stays";
+    put("/g", "G");
+    EXPECT_TRUE(files_.removeTreeAtPath("/g")) << "a file too";
+    EXPECT_EQ(files_.removeTreeAtPath("/g").reason(), "no such file");
+    EXPECT_FALSE(files_.removeTreeAtPath("/"));
+    EXPECT_EQ(text("/kept/a"), "A");
+}
+
 } // namespace
 
 } // namespace tallyforge
