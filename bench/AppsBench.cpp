@@ -1,14 +1,18 @@
-// A device of 2,000 apps: the catalogue beside a loop that only opens, reads and closes the same files, and
-// opening the screen that chooses apps.
+// A device of 2,000 apps and 10,000 themes: the catalogue beside a loop that only opens, reads and closes the
+// same files, opening the screen that chooses apps, and the lists of the screen that ties themes to apps.
 
 #include "appselect/QuillonAppList.h"
 #include "appselect/QuillonAppSelect.h"
 #include "coregraphics/Canvas.h"
 #include "foundation/DeviceRoot.h"
 #include "foundation/LocalizedCompare.h"
+#include "foundation/NSKeyedArchiver.h"
 #include "foundation/PropertyListFormat.h"
 #include "mobileservices/UIAssetManager.h"
 #include "rastergraphics/RasterGraphics.h"
+#include "settings/SettingsKeys.h"
+#include "themes/ConditionalThemesController.h"
+#include "themes/ThemeFiles.h"
 
 #include <benchmark/benchmark.h>
 
@@ -30,6 +34,7 @@ namespace {
 
 constexpr int kApps = 2000;
 constexpr int kSystemApps = 100; // of them
+constexpr int kThemes = 10'000;
 
 std::vector<std::string> files; // of the catalogue, on this machine
 
@@ -82,6 +87,16 @@ void installApp(const std::string& root, int index, const std::vector<uint8_t>& 
     writeList(container + "iTunesMetadata.plist", facts);
 }
 
+void writeThemes(const std::string& root) {
+    Dictionary theme = SettingsDefaults();
+    for (int i = 0; i < kThemes; ++i) {
+        const std::string number = std::to_string(i);
+        theme.setObjectForKey(PropertyList::string("Theme " + number), kThemeNameKey);
+        writeFile(root + "/var/mobile/Documents/Tallyforge/theme_" + number + ".tft",
+                  NSKeyedArchiver::archivedDataWithRootObject(PropertyList::dictionary(theme)));
+    }
+}
+
 void furnish(const std::string& root) {
     CGImage picture(120, 120);
     for (int y = 0; y < picture.height(); ++y)
@@ -91,6 +106,7 @@ void furnish(const std::string& root) {
     const auto icon = Graphics::current()->encodePNG(picture);
     for (int i = 0; i < kApps; ++i)
         installApp(root, i, icon);
+    writeThemes(root);
 }
 
 // The floor: nothing but the files.
@@ -155,6 +171,20 @@ void ScrollAScreen(benchmark::State& state) {
     }
 }
 BENCHMARK(ScrollAScreen)->Unit(benchmark::kMillisecond);
+
+// The values and titles of both lists, as their rows ask for them when the screen opens.
+void PerAppLists(benchmark::State& state) {
+    size_t listed = 0;
+    for (auto _ : state) {
+        conditionalthemesListController screen;
+        listed = screen.valueAppDataFromTarget().asArray()->size();
+        listed += screen.titlesAppDataFromTarget().asArray()->size();
+        listed += screen.valueThemeDataFromTarget().asArray()->size();
+        listed += screen.titlesThemeDataFromTarget().asArray()->size();
+    }
+    state.counters["listed"] = static_cast<double>(listed);
+}
+BENCHMARK(PerAppLists)->Unit(benchmark::kMillisecond);
 
 double residentMegabytes() {
     long pages = 0, resident = 0;
