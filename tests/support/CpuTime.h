@@ -4,6 +4,13 @@
 
 namespace tallyforge::test {
 
+/// What the checks that are built in may cost: bounds on time are for the program without them.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr double kSlowdown = 20;
+#else
+inline constexpr double kSlowdown = 1;
+#endif
+
 /// Milliseconds of work of this thread so far, whatever else the machine does meanwhile.
 inline double CpuMilliseconds() {
     timespec time{};
