@@ -250,7 +250,7 @@ bool Walk::checkRoot(const Item& root, std::string_view key) {
 }
 
 bool Walk::run(std::string_view key) {
-    Item archive, root, rootUID;
+    Item archive, root;
     std::array<Item, 4> parts;
     std::array<Item, 1> top;
     if (!readTrailer() || !item(top_, archive)) return false;
