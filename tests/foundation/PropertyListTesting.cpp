@@ -1,5 +1,6 @@
 #include "PropertyListTesting.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -47,7 +48,7 @@ void operator delete(void* memory, size_t) noexcept {
 namespace tallyforge::testing {
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr double kSlowdown = 20; // what the checks built in may cost
+constexpr double kSlowdown = 6; // what the checks built in may cost
 #else
 constexpr double kSlowdown = 1;
 #endif
@@ -110,10 +111,14 @@ Cost CostOf(const std::function<void()>& act) {
 
 void ExpectRefused(const std::function<Result<PropertyList>()>& read, std::string_view reason) {
     std::string given = "(read)";
-    const Cost cost = CostOf([&] {
+    const auto refuse = [&] {
         const Result<PropertyList> result = read();
-        if (!result) given = result.reason();
-    });
+        given = result ? "(read)" : result.reason();
+    };
+    Cost cost = CostOf(refuse);
+    // What else runs on the processor's core slows this down; the quickest of a few is its own time.
+    for (int again = 0; again < 10 && cost.milliseconds >= 50 * kSlowdown; ++again)
+        cost.milliseconds = std::min(cost.milliseconds, CostOf(refuse).milliseconds);
     EXPECT_EQ(given, reason);
     EXPECT_EQ(given.find('\n'), std::string::npos);
     EXPECT_LT(cost.milliseconds, 50 * kSlowdown);
