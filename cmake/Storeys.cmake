@@ -33,3 +33,9 @@ function(tallyforge_test name)
     set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT})
   endif()
 endfunction()
+
+# tallyforge_apart(SOURCES...): these share a name with another file of their target, each for itself. Where a target's
+# files are compiled together (the builds that only check), they are compiled alone.
+function(tallyforge_apart)
+  set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+endfunction()

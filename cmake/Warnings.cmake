@@ -8,3 +8,8 @@ target_compile_options(tallyforge_warnings INTERFACE
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   target_compile_options(tallyforge_warnings INTERFACE -Wno-restrict)
 endif()
+
+# Where files are compiled together, a local name may hide one of a neighbouring file's own.
+if(CMAKE_UNITY_BUILD)
+  target_compile_options(tallyforge_warnings INTERFACE -Wno-shadow)
+endif()
