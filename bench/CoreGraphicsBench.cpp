@@ -50,8 +50,8 @@ void ShrinkIcon180To120(benchmark::State& state) {
     CGImageRef icon = picture(180, 180);
     CGImage target(120, 120);
     auto canvas = graphics().makeCanvas(target);
-    for (auto _ : state)
-        canvas->drawImage(icon, {{0, 0}, {120, 120}});
+    for (auto _ : state) // another image each time: what comes again is kept
+        canvas->drawImage(CGImageRef(icon.get(), [](const CGImage*) {}), {{0, 0}, {120, 120}});
 }
 BENCHMARK(ShrinkIcon180To120);
 

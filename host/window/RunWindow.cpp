@@ -3,6 +3,7 @@
 #include "coregraphics/Canvas.h"
 #include "foundation/Dispatch.h"
 #include "rastergraphics/RasterGraphics.h"
+#include "rastergraphics/ToolkitRuntimeFolder.h"
 #include "settings_app/SettingsApp.h"
 #include "uikit/UIDevice.h"
 #include "window/OutsideChanges.h"
@@ -55,7 +56,9 @@ int RunWindow(WindowOptions options) {
     std::string words[] = {"tallyforge", "-platform", options.display.platform};
     char* arguments[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
     int count = qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") ? 3 : 1;
+    auto folder = std::make_unique<const ToolkitRuntimeFolder>();
     QGuiApplication application(count, arguments);
+    folder.reset();
     options.display.connection.reset();
     QGuiApplication::setApplicationName(QStringLiteral("tallyforge"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Tallyforge"));

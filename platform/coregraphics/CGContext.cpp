@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace tallyforge {
 
@@ -12,7 +13,7 @@ constexpr int kLargestSide = 4096;
 } // namespace
 
 CGContext::CGContext(int pixelWidth, int pixelHeight, CGFloat scale)
-    : bitmap_(std::make_unique<CGImage>(pixelWidth, pixelHeight)), scale_(scale) {}
+    : bitmap_(std::make_shared<CGImage>(pixelWidth, pixelHeight)), scale_(scale) {}
 
 std::shared_ptr<CGContext> CGContext::create(int pixelWidth, int pixelHeight, CGFloat scale, bool opaque) {
     Graphics* graphics = Graphics::current();
@@ -30,8 +31,22 @@ std::shared_ptr<CGContext> CGContext::create(int pixelWidth, int pixelHeight, CG
     return context;
 }
 
+Canvas& CGContext::canvas() {
+    if (lent_) {
+        // The canvas keeps the pixels it paints in; the image keeps its place in memory and gets a copy.
+        auto own = std::make_shared<CGImage>(0, 0);
+        if (bitmap_.use_count() > 1) *own = *bitmap_;
+        std::swap(*own, *bitmap_);
+        bitmap_ = std::move(own);
+        lent_ = false;
+    }
+    return *canvas_;
+}
+
 CGImageRef CGContext::makeImage() {
-    return std::make_shared<CGImage>(bitmap());
+    canvas_->flush();
+    lent_ = true;
+    return bitmap_;
 }
 
 const CGImage& CGContext::bitmap() {
@@ -46,7 +61,7 @@ void CGContext::saveState() {
 
 void CGContext::restoreState() {
     if (saved_.empty()) return;
-    canvas_->restore();
+    canvas().restore(); // which paints, where a path was the clip
     fillColor = saved_.back().fillColor;
     alpha = saved_.back().alpha;
     blendMode = saved_.back().blendMode;

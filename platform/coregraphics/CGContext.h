@@ -15,8 +15,8 @@ class CGContext {
     static std::shared_ptr<CGContext> create(int pixelWidth, int pixelHeight, CGFloat scale, bool opaque);
 
     CGFloat scale() const { return scale_; }
-    Canvas& canvas() { return *canvas_; }
-    /// A copy of what has been painted so far.
+    Canvas& canvas();
+    /// What has been painted so far; it stays as it is when painting goes on.
     CGImageRef makeImage();
     /// The pixels themselves, for reading.
     const CGImage& bitmap();
@@ -32,7 +32,8 @@ class CGContext {
 
   private:
     CGContext(int pixelWidth, int pixelHeight, CGFloat scale);
-    std::unique_ptr<CGImage> bitmap_;
+    std::shared_ptr<CGImage> bitmap_;
+    bool lent_ = false; ///< the bitmap is behind an image now, and is not painted in any more
     CGFloat scale_;
     std::unique_ptr<Canvas> canvas_;
     struct SavedState {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "coregraphics/CGGeometry.h"
+#include "coregraphics/PixelMemory.h"
 
 #include <cstdint>
 #include <memory>
@@ -24,6 +25,9 @@ uint32_t PixelFromColor(const CGColor& color);
 /// Once it is behind a CGImageRef it never changes.
 class CGImage {
   public:
+    using Pixels = std::vector<uint32_t, PixelMemory<uint32_t>>;
+
+    /// All clear.
     CGImage(int width, int height)
         : width_(width), height_(height), pixels_(size_t(width) * size_t(height)) {}
 
@@ -32,12 +36,12 @@ class CGImage {
     const uint32_t* row(int y) const { return pixels_.data() + size_t(y) * size_t(width_); }
     uint32_t* row(int y) { return pixels_.data() + size_t(y) * size_t(width_); }
     uint32_t pixel(int x, int y) const { return row(y)[x]; }
-    const std::vector<uint32_t>& pixels() const { return pixels_; }
+    const Pixels& pixels() const { return pixels_; }
 
   private:
     int width_;
     int height_;
-    std::vector<uint32_t> pixels_;
+    Pixels pixels_;
 };
 
 using CGImageRef = std::shared_ptr<const CGImage>;

@@ -1,6 +1,7 @@
 #include "Drawing.h"
 
 #include <limits>
+#include <span>
 
 namespace tallyforge {
 namespace {
@@ -49,6 +50,60 @@ TEST_F(CGContextTest, ImageIsACopyOfTheMoment) {
     CGContextFillRect(context, CGRectMake(0, 0, 8, 8));
     EXPECT_EQ(image->pixel(0, 0), 0xff000000U);
     EXPECT_EQ(CGBitmapContextCreateImage(context)->pixel(0, 0), 0xffff0000U);
+}
+
+// An image that is drawn at a size of its own is remembered; another one from the same context is another
+// one.
+TEST_F(CGContextTest, EveryImageOfAContextIsDrawnAsItself) {
+    CGContextRef context = CGBitmapContextCreate(8, 8);
+    for (const CGColor& color : {kRed, CGColor{0, 0, 1, 1}, CGColor{0, 1, 0, 1}, kRed}) {
+        CGContextSetFillColor(context, color);
+        CGContextFillRect(context, CGRectMake(0, 0, 8, 8));
+        const CGImageRef image = CGBitmapContextCreateImage(context);
+        for (int time = 0; time < 3; ++time) {
+            const CGImage drawn =
+                painted(5, 5, [&](Canvas& canvas) { canvas.drawImage(image, CGRectMake(0, 0, 5, 5)); });
+            EXPECT_EQ(drawn.pixel(2, 2), PixelFromColor(color)) << time;
+        }
+    }
+}
+
+TEST_F(CGContextTest, ImagesOutliveTheirContext) {
+    CGContextRef context = CGBitmapContextCreate(40, 40);
+    CGPath rounded;
+    rounded.addRoundedRect(CGRectMake(0, 0, 40, 40), 12, 12);
+    CGContextSaveGState(context);
+    CGContextAddPath(context, rounded);
+    CGContextClip(context);
+    CGContextSetFillColor(context, {1, 0.5, 0.25, 0.6});
+    CGContextFillRect(context, CGRectMake(0, 0, 40, 40));
+    const CGImageRef clipped = CGBitmapContextCreateImage(context);
+    const CGImage was = *clipped;
+    // The end of the clip touches pixels at its edge.
+    CGContextRestoreGState(context);
+    EXPECT_EQ(clipped->pixels(), was.pixels());
+    EXPECT_EQ(CGBitmapContextCreateImage(context)->pixels(), was.pixels());
+
+    CGContextSetFillColor(context, kRed);
+    CGContextFillRect(context, CGRectMake(0, 0, 40, 40));
+    const CGImageRef red = CGBitmapContextCreateImage(context);
+    context.reset();
+    EXPECT_EQ(clipped->pixels(), was.pixels());
+    EXPECT_TRUE(std::ranges::all_of(red->pixels(), [](uint32_t pixel) { return pixel == 0xffff0000U; }));
+}
+
+TEST_F(CGContextTest, LargeBitmapsBeginClearEveryTime) {
+    // Around two megabytes, from where their memory comes from elsewhere.
+    for (const int side : {700, 723, 724, 725, 726, 1500}) {
+        for (int time = 0; time < 2; ++time) {
+            CGImage bitmap(side, side);
+            ASSERT_TRUE(blank(bitmap)) << side;
+            std::ranges::fill(std::span(bitmap.row(0), size_t(side) * size_t(side)), 0xff00ff00U);
+            const CGImage copy = bitmap;
+            EXPECT_EQ(copy.pixels(), bitmap.pixels());
+            EXPECT_EQ(copy.pixel(side - 1, side - 1), 0xff00ff00U);
+        }
+    }
 }
 
 TEST_F(CGContextTest, ImageShowsAClipStillInForce) {

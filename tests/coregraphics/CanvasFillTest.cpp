@@ -3,6 +3,7 @@
 #include <chrono>
 #include <limits>
 #include <numbers>
+#include <random>
 
 namespace tallyforge {
 namespace {
@@ -283,6 +284,99 @@ TEST(CanvasFill, QuarterTurnedWholePixelsStayExact) {
     for (int y = 0; y < 20; ++y) {
         for (int x = 0; x < 20; ++x)
             ASSERT_EQ(image.pixel(x, y), x >= 13 && x < 17 && y >= 2 && y < 7 ? 0xffff0000U : 0U);
+    }
+}
+
+/// How a large opaque rectangle is painted.
+using FillLarge = void (*)(Canvas&, const CGRect&, const CGColor&);
+
+void fillWhole(Canvas& canvas, const CGRect& rect, const CGColor& color) {
+    canvas.fillRect(rect, color);
+}
+
+/// By pieces that are too small to be put off.
+void fillByPieces(Canvas& canvas, const CGRect& rect, const CGColor& color) {
+    for (int row = 0; row < int(rect.size.height); ++row)
+        canvas.fillRect({{rect.origin.x, rect.origin.y + row}, {rect.size.width, 1}}, color);
+}
+
+/// One of all kinds of painting, somewhere.
+void paintSomething(Canvas& canvas, std::mt19937& random, const CGImageRef& picture, int& open,
+                    FillLarge fillLarge) {
+    const auto number = [&random](double from, double to) {
+        return std::uniform_real_distribution<double>(from, to)(random);
+    };
+    const auto whole = [&](double from, double to) { return std::floor(number(from, to)); };
+    const CGColor color{number(0, 1), number(0, 1), number(0, 1), 1};
+    const CGRect large{{whole(-30, 120), whole(-30, 120)}, {whole(60, 200), whole(60, 200)}};
+    const CGRect any{{number(0, 150), number(0, 150)}, {number(1, 90), number(1, 90)}};
+    CGPath round;
+    round.addRoundedRect(any, 9, 9);
+    switch (random() % 11) {
+    case 0:
+    case 1:
+    case 2:
+        return fillLarge(canvas, large, color);
+    case 3:
+        return canvas.fillRect(large, color, 0.5);
+    case 4:
+        return canvas.fillRect(large, color, 0.5, kCGBlendModeSourceAtop);
+    case 5:
+        return canvas.fillPath(round, color);
+    case 6:
+        return canvas.strokePath(round, color, 2);
+    case 7:
+        return canvas.drawImage(picture, any, 0.8);
+    case 8:
+        return canvas.drawText("Text", {20, 400}, any.origin, color);
+    case 9:
+        canvas.save();
+        ++open;
+        return random() % 2 ? canvas.clipToPath(round) : canvas.clipToRect(any);
+    default:
+        if (open > 0) canvas.restore();
+        open = std::max(0, open - 1);
+        if (random() % 2) return;
+        canvas.beginGroup(large, 0.6);
+        fillLarge(canvas, large, color);
+        canvas.fillPath(round, kWhite);
+        canvas.endGroup();
+    }
+}
+
+// Large opaque rectangles are put off until something needs them; nobody can tell.
+TEST(CanvasFill, PutOffRectanglesAreThereWhenTheyAreNeeded) {
+    auto picture = std::make_shared<CGImage>(16, 16);
+    for (int i = 0; i < 256; ++i)
+        picture->row(0)[i] = 0xff000000U | unsigned(i) << 8 | unsigned(255 - i);
+    for (unsigned seed = 0; seed < 400; ++seed) {
+        const auto paint = [&](FillLarge fillLarge) {
+            return painted(200, 200, [&](Canvas& canvas) {
+                std::mt19937 random(seed);
+                int open = 0;
+                for (int step = 0; step < 40; ++step)
+                    paintSomething(canvas, random, picture, open, fillLarge);
+            });
+        };
+        ASSERT_EQ(paint(fillWhole).pixels(), paint(fillByPieces).pixels()) << seed;
+    }
+}
+
+TEST(CanvasFill, PutOffRectanglesWithoutClipsAreThereExactly) {
+    for (unsigned seed = 0; seed < 300; ++seed) {
+        const auto paint = [seed](bool atOnce) {
+            return painted(200, 200, [&](Canvas& canvas) {
+                std::mt19937 random(seed);
+                for (int step = 0; step < 120; ++step) {
+                    const auto place = [&random](int most) { return CGFloat(random() % unsigned(most)); };
+                    const CGRect rect{{place(180), place(180)}, {1 + place(180), 1 + place(180)}};
+                    const CGColor color{place(256) / 255, place(256) / 255, place(256) / 255, 1};
+                    canvas.fillRect(rect, color, random() % 4 ? 1 : 0.4);
+                    if (atOnce) canvas.flush();
+                }
+            });
+        };
+        ASSERT_EQ(paint(false).pixels(), paint(true).pixels()) << seed;
     }
 }
 

@@ -96,6 +96,30 @@ TEST(CanvasImage, ShrinkingIntoAFractionalRectFadesTheEdges) {
     EXPECT_EQ(result.pixel(2, 10), 0U);
 }
 
+// What is large is scaled by bands of rows; none of their edges shows, turned over or not.
+TEST(CanvasImage, LargePicturesHaveNoSeams) {
+    const CGImageRef picture = testPicture(700, 610);
+    const auto exact = exactAverage(*picture, 10.3, 4.75, 540.4, 470.5, 560, 480);
+    const CGImage result = painted(560, 480, [&](Canvas& canvas) {
+        canvas.drawImage(picture, {{10.3, 4.75}, {540.4, 470.5}});
+    });
+    const CGImage turnedOver = painted(560, 480, [&](Canvas& canvas) {
+        canvas.setTransform({-1, 0, 0, -1, 560, 480});
+        canvas.drawImage(picture, {{9.3, 4.75}, {540.4, 470.5}});
+    });
+    const auto exactTurned = exactAverage(*picture, 9.3, 4.75, 540.4, 470.5, 560, 480);
+    for (int y = 0; y < 480; ++y) {
+        for (int x = 0; x < 560; ++x) {
+            for (int c = 0; c < 4; ++c) {
+                const size_t i = (size_t(y) * 560 + size_t(x)) * 4 + size_t(c);
+                ASSERT_NEAR(int(result.pixel(x, y) >> (8 * c) & 255), exact[i], 1.5) << x << " " << y;
+                ASSERT_NEAR(int(turnedOver.pixel(559 - x, 479 - y) >> (8 * c) & 255), exactTurned[i], 1.5)
+                    << x << " " << y;
+            }
+        }
+    }
+}
+
 TEST(CanvasImage, EvenColourStaysExactlyWhatItIs) {
     auto even = std::make_shared<CGImage>(57, 33);
     std::fill_n(even->row(0), 57 * 33, 0xc0805020U);
@@ -254,6 +278,106 @@ TEST(CanvasImage, SinglePixelFillsWhateverItIsStretchedOver) {
         });
         for (uint32_t pixel : result.pixels())
             ASSERT_EQ(pixel, 0xff204060U);
+    }
+}
+
+// Pictures that come again are kept as they were drawn. They are the same then, and never another image's.
+TEST(CanvasImage, WhatIsDrawnAgainIsTheSame) {
+    CGImageRef picture = testPicture(30, 20);
+    const CGRect places[] = {{{3.3, 4.7}, {30, 20}}, {{2, 3}, {17.6, 31.2}}, {{5.25, 1}, {60, 40}}};
+    for (const CGRect& place : places) {
+        for (CGFloat sign : {1.0, -1.0}) {
+            const auto draw = [&](CGFloat further) {
+                return painted(90, 90, [&](Canvas& c) {
+                    c.setTransform({sign, 0, 0, 1, sign < 0 ? 80 + further : further, 0});
+                    c.drawImage(picture, place);
+                });
+            };
+            const CGImage first = draw(0);
+            EXPECT_FALSE(blank(first));
+            for (int again = 0; again < 3; ++again)
+                EXPECT_EQ(draw(0).pixels(), first.pixels());
+            // By whole pixels further along it is the same again.
+            const CGImage moved = draw(4);
+            for (int y = 0; y < 90; ++y)
+                ASSERT_TRUE(std::equal(first.row(y), first.row(y) + 86, moved.row(y) + 4));
+        }
+    }
+}
+
+TEST(CanvasImage, AnotherImageInTheSameMemoryIsAnotherImage) {
+    CGImage memory(8, 8);
+    const auto fillAndDraw = [&memory](uint32_t pixel) {
+        std::fill_n(memory.row(0), 64, pixel);
+        const std::shared_ptr<const CGImage> image(&memory, [](const CGImage*) {});
+        CGImage result(1, 1);
+        for (int again = 0; again < 3; ++again)
+            result = painted(20, 20, [&](Canvas& c) { c.drawImage(image, {{1.5, 1.5}, {14, 14}}); });
+        return result.pixel(8, 8);
+    };
+    EXPECT_EQ(fillAndDraw(0xff102030), 0xff102030U);
+    EXPECT_EQ(fillAndDraw(0xff405060), 0xff405060U);
+}
+
+// A picture's clear sides are left out. Were they not quite clear, it would look the same to a step.
+TEST(CanvasImage, ClearSidesMakeNoDifference) {
+    const auto withSides = [](uint32_t side) {
+        auto image = std::make_shared<CGImage>(40, 34);
+        for (int y = 0; y < 34; ++y) {
+            for (int x = 0; x < 40; ++x) {
+                const bool inside = x >= 5 && x < 33 && y >= 7 && y < 30;
+                image->row(y)[x] = inside ? 0xff0000ffU | unsigned(x * 6) << 16 | unsigned(y * 7) << 8 : side;
+            }
+        }
+        return image;
+    };
+    const CGImageRef clear = withSides(0), hardly = withSides(0x01000000);
+    const CGAffineTransform places[] = {{1, 0, 0, 1, 3, 2},
+                                        {1, 0, 0, 1, 3.4, 2.7},
+                                        {1.7, 0, 0, 2.2, 1, 1},
+                                        {0.6, 0, 0, 0.5, 3, 2},
+                                        {-1, 0, 0, -1, 60.5, 50},
+                                        CGAffineTransformRotate({1, 0, 0, 1, 50, 10}, 0.7),
+                                        CGAffineTransformRotate({1.6, 0, 0, 1.3, 60, 90}, -2.1),
+                                        CGAffineTransformRotate({0.5, 0, 0, 0.4, 40, 30}, 3)};
+    for (const CGAffineTransform& place : places) {
+        const auto draw = [&place](const CGImageRef& image) {
+            return painted(100, 100, [&](Canvas& c) {
+                c.setTransform(place);
+                c.drawImage(image, {{0, 0}, {40, 34}});
+            });
+        };
+        const CGImage one = draw(clear), other = draw(hardly);
+        EXPECT_LE(largestDifference(one, other), 2) << place.a << ' ' << place.b;
+        EXPECT_GT(inkArea(one), 28 * 23 * std::fabs(place.a * place.d - place.b * place.c) * 0.97);
+    }
+}
+
+// As scrolling leaves it. It covers what it would on whole pixels, also when it comes again and is kept, and
+// nothing else.
+TEST(CanvasImage, APictureAllButOnWholePixelsStaysInItsPlace) {
+    const CGImageRef image = testPicture(24, 24);
+    for (const double off : {0.0, 2e-5, -2e-5, 1e-6, -1e-6, 1e-8, -1e-8}) {
+        for (const CGAffineTransform& place : {CGAffineTransform{1, 0, 0, 1, 10 + off, 20 + off},
+                                               CGAffineTransform{1, 0, 0, -1, 10 + off, 44 + off},
+                                               CGAffineTransform{-1, 0, 0, 1, 34 - off, 20 - off},
+                                               CGAffineTransform{-1, 0, 0, -1, 34 + off, 44 - off}}) {
+            for (int again = 0; again < 4; ++again) {
+                const CGImage result = painted(50, 60, [&](Canvas& c) {
+                    c.setTransform(place);
+                    c.drawImage(image, {{0, 0}, {24, 24}});
+                });
+                for (int y = 0; y < 60; ++y) {
+                    for (int x = 0; x < 50; ++x) {
+                        const bool inside = x >= 10 && x < 34 && y >= 20 && y < 44;
+                        const int column = place.a < 0 ? 33 - x : x - 10, row = place.d < 0 ? 43 - y : y - 20;
+                        ASSERT_EQ(result.pixel(x, y), inside ? image->pixel(column, row) : 0U)
+                            << x << ' ' << y << ' ' << off << ' ' << place.a << ' ' << place.d << ' '
+                            << again;
+                    }
+                }
+            }
+        }
     }
 }
 

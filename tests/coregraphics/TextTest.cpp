@@ -173,6 +173,25 @@ TEST(TextDraw, DrawingAgainGivesTheSamePixels) {
     EXPECT_GT(inkArea(large), 10000);
 }
 
+// Turned text is kept only when it comes again, and whatever part of it is painted.
+TEST(TextDraw, TurnedTextIsTheSameEveryTime) {
+    const auto draw = [](const CGRect& clip) {
+        return painted(120, 120, [&clip](Canvas& c) {
+            c.clipToRect(clip);
+            c.setTransform(CGAffineTransformRotate(CGAffineTransformMakeTranslation(20.37, 15.81), 0.6));
+            c.drawText("Turned", {24, 400}, {0, 30}, kBlack);
+        });
+    };
+    const CGRect all{{0, 0}, {120, 120}}, part{{30, 40}, {25, 19}};
+    const CGImage partFirst = draw(part);
+    const CGImage first = draw(all);
+    EXPECT_FALSE(blank(first));
+    EXPECT_EQ(draw(all).pixels(), first.pixels());
+    EXPECT_EQ(draw(all).pixels(), first.pixels());
+    for (int y = 40; y < 59; ++y)
+        EXPECT_TRUE(std::equal(first.row(y) + 30, first.row(y) + 55, partFirst.row(y) + 30));
+}
+
 TEST(TextDraw, TakesColourAlphaAndClip) {
     CGImage red = painted(100, 40, [](Canvas& c) { c.drawText("HHHH", {30, 700}, {2, 32}, kRed, 0.5); });
     int strongest = 0;

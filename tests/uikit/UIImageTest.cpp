@@ -55,10 +55,10 @@ TEST_F(UIImageTest, DownIsTurnedByHalfATurn) {
     UIImage up = UIImage::imageWithCGImage(six, 1, UIImageOrientationUp);
     UIImage down = UIImage::imageWithCGImage(six, 1, UIImageOrientationDown);
     EXPECT_EQ(up.uprightBitmap(), six);
-    EXPECT_EQ(down.uprightBitmap()->pixels(), (std::vector<uint32_t>{6, 5, 4, 3, 2, 1}));
+    EXPECT_EQ(down.uprightBitmap()->pixels(), (CGImage::Pixels{6, 5, 4, 3, 2, 1}));
     EXPECT_EQ(down.uprightBitmap()->width(), 3);
     EXPECT_EQ(down.bitmap(), six);
-    EXPECT_EQ(six->pixels(), (std::vector<uint32_t>{1, 2, 3, 4, 5, 6}));
+    EXPECT_EQ(six->pixels(), (CGImage::Pixels{1, 2, 3, 4, 5, 6}));
     EXPECT_EQ(static_cast<int>(down.imageOrientation()), 1);
 }
 

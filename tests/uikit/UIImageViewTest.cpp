@@ -37,7 +37,7 @@ TEST_F(UIImageViewTest, AnotherImageKeepsTheFrame) {
 
 TEST_F(UIImageViewTest, ShowsImagesTheirWayUp) {
     UIImageView view(UIImage::imageWithCGImage(bitmap(2, 1, {7, 8}), 1, UIImageOrientationDown));
-    EXPECT_EQ(view.layer()->contents()->pixels(), (std::vector<uint32_t>{8, 7}));
+    EXPECT_EQ(view.layer()->contents()->pixels(), (CGImage::Pixels{8, 7}));
 }
 
 TEST_F(UIImageViewTest, ContentModesAreTheLayersGravities) {

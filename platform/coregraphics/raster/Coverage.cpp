@@ -25,6 +25,16 @@ constexpr int kOne = 1 << kUnitBits;
 /// Cutting off after it is added rounds numbers that are not negative, without a call.
 constexpr double kToNearest = 0.5;
 
+/// As the library's, without a call; the numbers are far from the limits.
+int floored(double v) {
+    int cut = int(v);
+    return cut - (v < cut);
+}
+int ceiled(double v) {
+    int cut = int(v);
+    return cut + (v > cut);
+}
+
 struct Edge {
     double x0, y0, x1, y1;
 };
@@ -83,8 +93,9 @@ class Flattener {
             return;
         }
         // The second differences bound how far a chord over 1/n of the curve is off: 6 d / (8 n n).
-        double d = std::max(std::hypot(from.x - 2 * c1.x + c2.x, from.y - 2 * c1.y + c2.y),
-                            std::hypot(c1.x - 2 * c2.x + end.x, c1.y - 2 * c2.y + end.y));
+        auto square = [](double x, double y) { return x * x + y * y; };
+        double d = std::sqrt(std::max(square(from.x - 2 * c1.x + c2.x, from.y - 2 * c1.y + c2.y),
+                                      square(c1.x - 2 * c2.x + end.x, c1.y - 2 * c2.y + end.y)));
         double flatness = std::clamp(kFlatness * d, kFinestFlatness, kFlatness);
         int chords = int(std::clamp(std::ceil(std::sqrt(0.75 * d / flatness)), 1.0, double(kMostChords)));
         for (int i = 1; i < chords; ++i) {
@@ -143,8 +154,13 @@ class Band {
         double low = std::min(x0, x1);
         double high = std::max(x0, x1);
         if (low >= left_ + width_) return;
-        int first = std::max(int(std::floor(y0)), top_);
-        int end = std::min(int(std::ceil(y1)), top_ + rows_);
+        int first = std::max(floored(y0), top_);
+        int end = std::min(ceiled(y1), top_ + rows_);
+        if (end <= first) return;
+        if (ceiled(y1) == floored(y0) + 1 && high > left_) { // most edges of curves stay in a row
+            deposit(first, low, high, (units(y1 - first) - units(y0 - first)) * direction);
+            return;
+        }
         double slant = (x1 - x0) / (y1 - y0);
         // The same place for the same row, whatever rows are asked for.
         auto at = [&](double y) {
@@ -177,8 +193,8 @@ class Band {
 
     /// The edge crosses the row from x0 to x1 and is `height` high there (negative upwards).
     void deposit(int row, double x0, double x1, int height) {
-        int first = int(std::floor(x0));
-        int end = int(std::ceil(x1));
+        int first = floored(x0);
+        int end = ceiled(x1);
         int last = std::min(end, left_ + width_) - left_; // the last cell that is changed
         if (first >= left_ + width_) return;
         if (end <= left_) {
@@ -242,6 +258,7 @@ uint8_t coverageFromSum(uint32_t sum) {
 
 void Band::emit(int row, CoverageSink& sink) {
     constexpr int kWorthSplitting = 8;
+    const int worthSplitting = sink.wantsThemTogether() ? width_ + 1 : kWorthSplitting;
     uint32_t* cells = cells_.data() + size_t(row - top_) * size_t(stride_);
     uint64_t* words = touched_.data() + size_t(row - top_) * size_t(words_);
     uint32_t sum = 0;
@@ -257,7 +274,7 @@ void Band::emit(int row, CoverageSink& sink) {
         uint8_t value = coverageFromSum(sum);
         if (value == 0) {
             flush(position);
-        } else if (value == 255 && end - position >= kWorthSplitting) {
+        } else if (value == 255 && end - position >= worthSplitting) {
             flush(position);
             sink.span(row, left_ + position, end - position, nullptr);
         } else {
@@ -300,8 +317,7 @@ void ScanConvert(const CGPath& path, const CGAffineTransform& toPixels, const Pi
         lowX = std::min({lowX, e.x0, e.x1});
         highX = std::max({highX, e.x0, e.x1});
     }
-    PixelRect bounds{int(std::floor(lowX)), int(std::floor(lowY)), int(std::ceil(highX)),
-                     int(std::ceil(highY))};
+    PixelRect bounds{floored(lowX), floored(lowY), ceiled(highX), ceiled(highY)};
     PixelRect area = bounds.intersected(clip);
     if (area.empty()) return;
 

@@ -13,6 +13,8 @@ class CoverageSink {
     virtual ~CoverageSink() = default;
     /// n pixels from (x, y) on; coverage 0 to 255 each, or nullptr when all are fully covered.
     virtual void span(int y, int x, int n, const uint8_t* coverage) = 0;
+    /// True for one that rather has a row's pixels together than the fully covered ones by themselves.
+    virtual bool wantsThemTogether() const { return false; }
 };
 
 /// Finds how much of each pixel in the clip lies inside the path (non-zero winding), by exact areas. The path

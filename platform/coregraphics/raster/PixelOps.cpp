@@ -1,6 +1,7 @@
 #include "rastergraphics/PixelOps.h"
 
 #include "rastergraphics/WideLoops.h"
+#include "rastergraphics/WidePixelOps.h"
 
 #include <algorithm>
 #include <cmath>
@@ -38,14 +39,14 @@ INLINED uint32_t atop(uint32_t below, uint32_t source) {
     return result;
 }
 
-/// The colour atop the pixel, in 16-bit steps: the same steps as the wide loop takes, so that both agree.
+/// The colour atop the pixel.
 INLINED uint32_t inkAtop(uint32_t pixel, const uint16_t* weight) {
     uint32_t alpha = pixel >> 24;
-    uint32_t rest = 32768U - weight[3];
+    uint32_t rest = uint32_t(kInkOne) - weight[3];
     uint32_t result = pixel & 0xff000000;
     for (int channel = 0; channel < 3; ++channel) {
         uint32_t below = (pixel >> (8 * channel)) & 255;
-        result |= ((weight[channel] * alpha + below * rest + 16384) >> 15) << (8 * channel);
+        result |= ((weight[channel] * alpha + below * rest + kInkOne / 2) >> kInkBits) << (8 * channel);
     }
     return result;
 }
@@ -58,7 +59,7 @@ Ink MakeInk(const CGColor& color, CGFloat alpha) {
         return {};
     auto unit = [](CGFloat v) { return std::clamp(v, 0.0, 1.0); };
     CGFloat total = unit(color.alpha) * unit(alpha);
-    auto weight = [total](CGFloat v) { return uint16_t(std::lround(v * total * 32768)); };
+    auto weight = [total](CGFloat v) { return uint16_t(std::lround(v * total * kInkOne)); };
     Ink ink;
     ink.pixel = PixelFromColor({color.red, color.green, color.blue, total});
     ink.weight[0] = weight(unit(color.blue));
@@ -68,27 +69,27 @@ Ink MakeInk(const CGColor& color, CGFloat alpha) {
     return ink;
 }
 
-WIDE_TOO void InkOver(uint32_t* pixels, int count, const Ink& ink) {
+void InkOver(uint32_t* pixels, int count, const Ink& ink) {
     uint32_t source = ink.pixel;
     if (ink.opaque()) {
-        std::fill_n(pixels, count, source);
+        int done = WideFill(pixels, count, source);
+        std::fill(pixels + done, pixels + count, source);
         return;
     }
     uint32_t rest = 255 - (source >> 24);
-    for (int i = 0; i < count; ++i)
+    for (int i = WideInkOver(pixels, count, ink); i < count; ++i)
         pixels[i] = source + scaled(pixels[i], rest);
 }
 
-WIDE_TOO void InkOver(uint32_t* pixels, int count, const Ink& ink, const uint8_t* coverage) {
+void InkOver(uint32_t* pixels, int count, const Ink& ink, const uint8_t* coverage) {
     uint32_t source = ink.pixel;
-    for (int i = 0; i < count; ++i)
+    for (int i = WideInkOver(pixels, count, ink, coverage); i < count; ++i)
         pixels[i] = over(pixels[i], scaled(source, coverage[i]));
 }
 
-WIDE_TOO void InkAtop(uint32_t* pixels, int count, const Ink& ink) {
-    const uint16_t weight[4] = {ink.weight[0], ink.weight[1], ink.weight[2], ink.weight[3]};
-    for (int i = 0; i < count; ++i)
-        pixels[i] = inkAtop(pixels[i], weight);
+void InkAtop(uint32_t* pixels, int count, const Ink& ink) {
+    for (int i = WideInkAtop(pixels, count, ink); i < count; ++i)
+        pixels[i] = inkAtop(pixels[i], ink.weight);
 }
 
 WIDE_TOO void InkAtop(uint32_t* pixels, int count, const Ink& ink, const uint8_t* coverage) {
@@ -99,18 +100,11 @@ WIDE_TOO void InkAtop(uint32_t* pixels, int count, const Ink& ink, const uint8_t
     }
 }
 
-WIDE_TOO void PixelsOver(uint32_t* pixels, const uint32_t* source, int count, int alpha,
-                         const uint8_t* coverage) {
+void PixelsOver(uint32_t* pixels, const uint32_t* source, int count, int alpha, const uint8_t* coverage) {
     uint32_t fade = uint32_t(alpha);
-    if (coverage) {
-        for (int i = 0; i < count; ++i)
-            pixels[i] = over(pixels[i], scaled(scaled(source[i], fade), coverage[i]));
-    } else if (fade == 255) {
-        for (int i = 0; i < count; ++i)
-            pixels[i] = over(pixels[i], source[i]);
-    } else {
-        for (int i = 0; i < count; ++i)
-            pixels[i] = over(pixels[i], scaled(source[i], fade));
+    for (int i = WidePixelsOver(pixels, source, count, alpha, coverage); i < count; ++i) {
+        uint32_t painted = scaled(source[i], fade);
+        pixels[i] = over(pixels[i], coverage ? scaled(painted, coverage[i]) : painted);
     }
 }
 

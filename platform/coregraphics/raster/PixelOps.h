@@ -9,10 +9,14 @@ namespace tallyforge {
 /// Loops over runs of premultiplied pixels. Every result is within one step of the exact value, and no
 /// channel is ever above its alpha.
 
+/// Weights of inks are in these parts: so two of them times a byte are summed in one step of a register.
+inline constexpr int kInkBits = 14;
+inline constexpr int kInkOne = 1 << kInkBits;
+
 /// A colour made ready for painting.
 struct Ink {
     uint32_t pixel = 0;      ///< premultiplied
-    uint16_t weight[4] = {}; ///< blue, green, red, alpha, premultiplied, 32768 is 1
+    uint16_t weight[4] = {}; ///< blue, green, red, alpha, premultiplied, kInkOne is 1
     bool opaque() const { return pixel >> 24 == 255; }
     bool nothing() const { return weight[3] == 0; }
 };

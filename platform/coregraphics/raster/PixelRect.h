@@ -4,6 +4,12 @@
 
 namespace tallyforge {
 
+/// The left upper corner of a pixel.
+struct PixelPlace {
+    int x = 0;
+    int y = 0;
+};
+
 /// Whole pixels: left and top inside, right and bottom outside.
 struct PixelRect {
     int left = 0;

@@ -1,7 +1,9 @@
 #include "rastergraphics/RasterCanvas.h"
 
 #include "rastergraphics/Coverage.h"
+#include "rastergraphics/PictureCache.h"
 #include "rastergraphics/Resample.h"
+#include "rastergraphics/SampleGrid.h"
 #include "rastergraphics/Stroke.h"
 #include "rastergraphics/TextEngine.h"
 
@@ -28,6 +30,9 @@ struct RasterCanvas::ClipMask {
 
 namespace {
 
+/// By so little of a pixel things may be off their place.
+constexpr double kInvisible = 1.0 / 1024;
+
 using Surface = RasterCanvas::Surface;
 
 bool invertible(const CGAffineTransform& t) {
@@ -52,7 +57,6 @@ std::optional<PixelRect> wholePixels(const CGRect& rect, const CGAffineTransform
                        edge(r.origin.y + r.size.height, clip.top, clip.bottom)};
     int whole[4];
     for (int i = 0; i < 4; ++i) {
-        constexpr double kInvisible = 1.0 / 1024;
         if (!std::isfinite(edges[i]) || std::fabs(edges[i] - std::round(edges[i])) > kInvisible)
             return std::nullopt;
         whole[i] = int(std::round(edges[i]));
@@ -94,19 +98,19 @@ class MaskSink final : public CoverageSink {
 /// Paints an image through the inverse of the transform that places it.
 class SampleSink final : public CoverageSink {
   public:
-    SampleSink(const Surface& surface, const CGImage& image, const CGAffineTransform& pixelsToImage,
-               int alpha, CGBlendMode mode)
-        : surface_(surface), grid_(image, pixelsToImage), alpha_(alpha), mode_(mode) {}
+    SampleSink(const Surface& surface, const SampleGrid& grid, int alpha, CGBlendMode mode)
+        : surface_(surface), grid_(grid), alpha_(alpha), mode_(mode) {}
     void span(int y, int x, int n, const uint8_t* coverage) override {
-        samples_.resize(size_t(n));
+        if (samples_.size() < size_t(n)) samples_.resize(size_t(n));
         grid_.line(y, x, n, samples_.data());
         auto* paint = mode_ == kCGBlendModeSourceAtop ? PixelsAtop : PixelsOver;
         paint(surface_.at(x, y), samples_.data(), n, alpha_, coverage);
     }
+    bool wantsThemTogether() const override { return true; } // finding where a line begins costs as much
 
   private:
     const Surface& surface_;
-    SampleGrid grid_;
+    const SampleGrid& grid_;
     int alpha_;
     CGBlendMode mode_;
     std::vector<uint32_t> samples_;
@@ -116,6 +120,30 @@ CGPath rectPath(const CGRect& rect) {
     CGPath path;
     path.addRect(rect);
     return path;
+}
+
+/// What is left of the image without the rows and columns at its sides that are all clear.
+PixelRect visiblePart(const CGImage& image) {
+    PixelRect part{0, 0, image.width(), image.height()};
+    const auto clear = [](uint32_t pixel) { return pixel == 0; };
+    const auto clearRow = [&](int y) {
+        return std::all_of(image.row(y), image.row(y) + image.width(), clear);
+    };
+    while (part.top < part.bottom && clearRow(part.top))
+        ++part.top;
+    while (part.top < part.bottom && clearRow(part.bottom - 1))
+        --part.bottom;
+    const auto clearColumn = [&](int x) {
+        for (int y = part.top; y < part.bottom; ++y) {
+            if (!clear(image.pixel(x, y))) return false;
+        }
+        return true;
+    };
+    while (!part.empty() && clearColumn(part.left))
+        ++part.left;
+    while (!part.empty() && clearColumn(part.right - 1))
+        --part.right;
+    return part;
 }
 
 int alphaByte(CGFloat alpha) {
@@ -148,9 +176,10 @@ void RasterCanvas::ClipMask::apply(const Surface& surface) const {
     }
 }
 
-RasterCanvas::RasterCanvas(CGImage& bitmap, TextEngine& text) : text_(text) {
-    base_.area = {0, 0, bitmap.width(), bitmap.height()};
-    base_.pixels = base_.area.empty() ? nullptr : bitmap.row(0);
+RasterCanvas::RasterCanvas(CGImage& bitmap, TextEngine& text, PictureCache& pictures)
+    : base_{{0, 0, bitmap.width(), bitmap.height()},
+            bitmap.width() > 0 && bitmap.height() > 0 ? bitmap.row(0) : nullptr},
+      pending_({base_.pixels, bitmap.width()}), text_(text), pictures_(pictures) {
     states_.push_back({CGAffineTransformIdentity, base_.area, {}});
 }
 
@@ -159,6 +188,7 @@ RasterCanvas::~RasterCanvas() {
         endGroup();
     while (states_.size() > 1)
         popState();
+    pending_.settleAll();
     for (size_t i = state().masks.size(); i-- > 0;)
         state().masks[i].apply(base_);
 }
@@ -174,12 +204,15 @@ void RasterCanvas::restore() {
 }
 
 void RasterCanvas::popState() {
-    for (size_t i = state().masks.size(); i-- > 0;)
+    for (size_t i = state().masks.size(); i-- > 0;) {
+        settle(state().masks[i].area);
         state().masks[i].apply(surface());
+    }
     states_.pop_back();
 }
 
 void RasterCanvas::flush() {
+    pending_.settleAll();
     size_t outer = groups_.empty() ? states_.size() : groups_.front().outerStates;
     for (size_t s = outer; s-- > 0;) {
         for (size_t i = states_[s].masks.size(); i-- > 0;)
@@ -201,6 +234,10 @@ CGAffineTransform RasterCanvas::transform() const {
 
 bool RasterCanvas::paintable() const {
     return !state().clip.empty() && invertible(state().transform);
+}
+
+void RasterCanvas::settle(const CGPath& path, const CGAffineTransform& toPixels) {
+    settle(TouchedPixels(path.boundingBox(), toPixels, state().clip));
 }
 
 CGRect RasterCanvas::clipBounds() const {
@@ -244,12 +281,19 @@ void RasterCanvas::clipToPath(const CGPath& path) {
         everything = everything && solid == begin && solidEnd == end;
     }
     if (everything) return;
+    settle(area);
     mask.remember(surface());
     state().masks.push_back(std::move(mask));
 }
 
 void RasterCanvas::fillDeviceRect(const PixelRect& rect, const Ink& ink, CGBlendMode mode) {
+    if (rect.empty()) return;
+    if (mode == kCGBlendModeNormal && ink.opaque() && groups_.empty() && PendingFills::large(rect))
+        return pending_.add(rect, ink.pixel);
+    settle(rect);
     InkSink sink(surface(), ink, mode);
+    if (rect.width() == surface().area.width()) // rows follow each other without a gap
+        return sink.span(rect.top, rect.left, rect.width() * rect.height(), nullptr);
     for (int y = rect.top; y < rect.bottom; ++y)
         sink.span(y, rect.left, rect.width(), nullptr);
 }
@@ -266,6 +310,7 @@ void RasterCanvas::fillRect(const CGRect& rect, const CGColor& color, CGFloat al
 void RasterCanvas::fillPath(const CGPath& path, const CGColor& color, CGFloat alpha, CGBlendMode mode) {
     Ink ink = MakeInk(color, alpha);
     if (ink.nothing() || !paintable()) return;
+    settle(path, state().transform);
     InkSink sink(surface(), ink, mode);
     ScanConvert(path, state().transform, state().clip, sink);
 }
@@ -273,9 +318,10 @@ void RasterCanvas::fillPath(const CGPath& path, const CGColor& color, CGFloat al
 void RasterCanvas::strokePath(const CGPath& path, const CGColor& color, CGFloat width, bool round) {
     Ink ink = MakeInk(color, 1);
     if (ink.nothing() || !paintable()) return;
+    const CGPath outline = StrokeOutline(path, state().transform, width, round);
+    settle(outline, CGAffineTransformIdentity);
     InkSink sink(surface(), ink, kCGBlendModeNormal);
-    ScanConvert(StrokeOutline(path, state().transform, width, round), CGAffineTransformIdentity, state().clip,
-                sink);
+    ScanConvert(outline, CGAffineTransformIdentity, state().clip, sink);
 }
 
 void RasterCanvas::drawImage(const CGImageRef& image, const CGRect& rect, CGFloat alpha, CGBlendMode mode) {
@@ -285,37 +331,77 @@ void RasterCanvas::drawImage(const CGImageRef& image, const CGRect& rect, CGFloa
     CGAffineTransform unitToPixels = CGAffineTransformConcat(
         {place.size.width, 0, 0, place.size.height, place.origin.x, place.origin.y}, state().transform);
     if (fade == 0 || !invertible(unitToPixels)) return;
-    bool upright = unitToPixels.b == 0 && unitToPixels.c == 0 && unitToPixels.a > 0 && unitToPixels.d > 0;
+    bool upright = std::fabs(unitToPixels.b) < kInvisible && std::fabs(unitToPixels.c) < kInvisible;
     if (upright)
-        drawUpright(*image, unitToPixels, fade, mode);
+        drawUpright(image, unitToPixels, fade, mode);
     else
         drawTurned(*image, unitToPixels, fade, mode);
 }
 
-void RasterCanvas::drawUpright(const CGImage& image, const CGAffineTransform& unitToPixels, int alpha,
+void RasterCanvas::drawUpright(const CGImageRef& drawn, const CGAffineTransform& unitToPixels, int alpha,
                                CGBlendMode mode) {
+    const CGImage& image = *drawn;
+    const Mirroring mirrored{unitToPixels.a < 0, unitToPixels.d < 0};
+    StretchTarget target{std::min(unitToPixels.tx, unitToPixels.tx + unitToPixels.a),
+                         std::min(unitToPixels.ty, unitToPixels.ty + unitToPixels.d),
+                         std::max(unitToPixels.tx, unitToPixels.tx + unitToPixels.a),
+                         std::max(unitToPixels.ty, unitToPixels.ty + unitToPixels.d)};
     PixelRect area = TouchedPixels({{0, 0}, {1, 1}}, unitToPixels, state().clip);
     if (area.empty()) return;
-    auto* paint = mode == kCGBlendModeSourceAtop ? PixelsAtop : PixelsOver;
-    double left = unitToPixels.tx;
-    double top = unitToPixels.ty;
-    constexpr double kInvisible = 1.0 / 1024;
+    // Not the clear sides of the image, but where pixels are mixed with their neighbours a little further.
+    const PixelRect shown = visiblePart(image);
+    area = TouchedPixels({{(shown.left - 1.0) / image.width(), (shown.top - 1.0) / image.height()},
+                          {(shown.width() + 2.0) / image.width(), (shown.height() + 2.0) / image.height()}},
+                         unitToPixels, area);
+    if (shown.empty() || area.empty()) return;
+    settle(area);
     auto same = [](double a, double b) { return std::fabs(a - b) < kInvisible; };
-    if (same(unitToPixels.a, image.width()) && same(unitToPixels.d, image.height()) &&
-        same(left, std::round(left)) && same(top, std::round(top))) {
-        int x = int(std::round(left));
-        int y = int(std::round(top));
-        area = area.intersected({x, y, x + image.width(), y + image.height()});
-        for (int row = area.top; row < area.bottom; ++row)
-            paint(surface().at(area.left, row), image.row(row - y) + (area.left - x), area.width(), alpha,
-                  nullptr);
+    if (same(target.right - target.left, image.width()) && same(target.bottom - target.top, image.height()) &&
+        same(target.left, std::round(target.left)) && same(target.top, std::round(target.top))) {
+        const double left = std::round(target.left), top = std::round(target.top);
+        if (mirrored == Mirroring{}) return copyUpright(image, {int(left), int(top)}, area, alpha, mode);
+        target = {left, top, left + image.width(), top + image.height()};
+    }
+    // A place that is all but on whole pixels touches one more than it has any share in.
+    const auto pixel = [](double edge) { return int(std::clamp(edge, -1e9, 1e9)); };
+    area = area.intersected({pixel(std::floor(target.left)), pixel(std::floor(target.top)),
+                             pixel(std::ceil(target.right)), pixel(std::ceil(target.bottom))});
+    if (area.empty()) return;
+    auto* paint = mode == kCGBlendModeSourceAtop ? PixelsAtop : PixelsOver;
+    // Counted from the pixel that it begins in, so that it comes out the same wherever it is.
+    constexpr double kFarthest = 1 << 20;
+    const bool near = target.left > -kFarthest && target.top > -kFarthest;
+    const int left = near ? int(std::floor(target.left)) : 0;
+    const int top = near ? int(std::floor(target.top)) : 0;
+    const StretchTarget within{target.left - left, target.top - top, target.right - left,
+                               target.bottom - top};
+    if (const auto kept = near ? pictures_.find(drawn, within, mirrored) : nullptr) {
+        for (int row = area.top; row < area.bottom; ++row) {
+            const uint32_t* from = kept->pixels.data() + ptrdiff_t(row - top) * kept->area.width();
+            paint(surface().at(area.left, row), from + (area.left - left), area.width(), alpha, nullptr);
+        }
         return;
     }
+    // By bands, so that what is scaled is still near when it is painted.
+    constexpr int kBandPixels = 1 << 15;
+    const Mirrored source(image, mirrored);
+    const int height = std::max(1, kBandPixels / area.width());
     std::vector<uint32_t> pixels;
-    Stretch(image, {left, top, left + unitToPixels.a, top + unitToPixels.d}, area, pixels);
-    const uint32_t* from = pixels.data();
-    for (int row = area.top; row < area.bottom; ++row, from += area.width())
-        paint(surface().at(area.left, row), from, area.width(), alpha, nullptr);
+    for (int row = area.top; row < area.bottom;) {
+        const int end = std::min(row + height, area.bottom);
+        Stretch(source.image(), within, {area.left - left, row - top, area.right - left, end - top}, pixels);
+        for (const uint32_t* from = pixels.data(); row < end; ++row, from += area.width())
+            paint(surface().at(area.left, row), from, area.width(), alpha, nullptr);
+    }
+}
+
+void RasterCanvas::copyUpright(const CGImage& image, const PixelPlace& at, PixelRect area, int alpha,
+                               CGBlendMode mode) {
+    area = area.intersected({at.x, at.y, at.x + image.width(), at.y + image.height()});
+    auto* paint = mode == kCGBlendModeSourceAtop ? PixelsAtop : PixelsOver;
+    for (int row = area.top; row < area.bottom; ++row)
+        paint(surface().at(area.left, row), image.row(row - at.y) + (area.left - at.x), area.width(), alpha,
+              nullptr);
 }
 
 void RasterCanvas::drawTurned(const CGImage& image, const CGAffineTransform& unitToPixels, int alpha,
@@ -335,10 +421,37 @@ void RasterCanvas::drawTurned(const CGImage& image, const CGAffineTransform& uni
         std::copy(pixels.begin(), pixels.end(), shrunk->row(0));
         source = &*shrunk;
     }
+    const PixelRect shown = visiblePart(*source);
+    if (shown.empty()) return;
     CGAffineTransform imageToPixels = CGAffineTransformScale(unitToPixels, 1.0 / width, 1.0 / height);
     if (!invertible(imageToPixels)) return;
-    SampleSink sink(surface(), *source, CGAffineTransformInvert(imageToPixels), alpha, mode);
+    // A clear pixel more at each side, as what lies between two pixels shows something of both.
+    const PixelRect part =
+        PixelRect{shown.left - 1, shown.top - 1, shown.right + 1, shown.bottom + 1}.intersected(
+            {0, 0, width, height});
+    const PixelRect area =
+        TouchedPixels({{double(part.left), double(part.top)}, {double(part.width()), double(part.height())}},
+                      imageToPixels, state().clip);
+    if (area.empty()) return;
+    settle(area);
+    // A picture that is clear all around needs no edges: they show nothing.
+    const SampleGrid grid(*source, CGAffineTransformInvert(imageToPixels));
+    if (grid.exact() && shown.left > 0 && shown.top > 0 && shown.right < width && shown.bottom < height)
+        return drawInside(grid, part, area, alpha, mode);
+    SampleSink sink(surface(), grid, alpha, mode);
     ScanConvert(rectPath({{0, 0}, {1, 1}}), unitToPixels, state().clip, sink);
+}
+
+void RasterCanvas::drawInside(const SampleGrid& grid, const PixelRect& part, const PixelRect& area, int alpha,
+                              CGBlendMode mode) {
+    auto* paint = mode == kCGBlendModeSourceAtop ? PixelsAtop : PixelsOver;
+    std::vector<uint32_t> samples;
+    SampleGrid::Steps steps{};
+    for (int y = area.top; y < area.bottom; ++y) {
+        if (grid.lineInside(y, area.left, area.width(), part, steps, samples))
+            paint(surface().at(area.left + steps.begin, y), samples.data(), steps.end - steps.begin, alpha,
+                  nullptr);
+    }
 }
 
 void RasterCanvas::drawText(std::string_view utf8, const FontFace& font, const CGPoint& baseline,
@@ -352,6 +465,7 @@ void RasterCanvas::drawText(std::string_view utf8, const FontFace& font, const C
     CGAffineTransform lineToPixels =
         CGAffineTransformConcat({font.size, 0, 0, font.size, baseline.x, baseline.y}, state().transform);
     if (!line || !invertible(lineToPixels)) return;
+    settle(TouchedPixels(line->reach, lineToPixels, state().clip));
     InkSink sink(surface(), ink, kCGBlendModeNormal);
     if (!text_.drawCached(line, lineToPixels, state().clip, sink))
         ScanConvert(line->outline, lineToPixels, state().clip, sink);
@@ -389,6 +503,7 @@ void RasterCanvas::endGroup() {
     Group group = std::move(groups_.back());
     groups_.pop_back();
     const PixelRect& area = group.surface.area;
+    settle(area);
     for (int y = area.top; y < area.bottom; ++y)
         PixelsOver(surface().at(area.left, y), group.surface.at(area.left, y), area.width(), group.alpha,
                    nullptr);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "coregraphics/Canvas.h"
+#include "rastergraphics/PendingFills.h"
 #include "rastergraphics/PixelOps.h"
 #include "rastergraphics/PixelRect.h"
 
@@ -9,6 +10,8 @@
 
 namespace tallyforge {
 
+class PictureCache;
+class SampleGrid;
 class TextEngine;
 
 /// The canvas over a bitmap. A path clip does not narrow painting itself: painting goes on inside its bounds,
@@ -16,7 +19,7 @@ class TextEngine;
 /// antialiased however many things are painted on top of each other.
 class RasterCanvas final : public Canvas {
   public:
-    RasterCanvas(CGImage& bitmap, TextEngine& text);
+    RasterCanvas(CGImage& bitmap, TextEngine& text, PictureCache& pictures);
     ~RasterCanvas() override;
     RasterCanvas(const RasterCanvas&) = delete;
     RasterCanvas& operator=(const RasterCanvas&) = delete;
@@ -65,14 +68,24 @@ class RasterCanvas final : public Canvas {
     const State& state() const { return states_.back(); }
     const Surface& surface() const { return groups_.empty() ? base_ : groups_.back().surface; }
     bool paintable() const;
+    /// Before anything but an opaque rectangle is painted there.
+    void settle(const PixelRect& area) {
+        if (groups_.empty()) pending_.settle(area);
+    }
+    void settle(const CGPath& path, const CGAffineTransform& toPixels);
     void popState();
     void fillDeviceRect(const PixelRect& rect, const Ink& ink, CGBlendMode mode);
-    void drawUpright(const CGImage& image, const CGAffineTransform& unitToPixels, int alpha,
+    void drawUpright(const CGImageRef& image, const CGAffineTransform& unitToPixels, int alpha,
                      CGBlendMode mode);
+    void copyUpright(const CGImage& image, const PixelPlace& at, PixelRect area, int alpha, CGBlendMode mode);
+    void drawInside(const SampleGrid& grid, const PixelRect& part, const PixelRect& area, int alpha,
+                    CGBlendMode mode);
     void drawTurned(const CGImage& image, const CGAffineTransform& unitToPixels, int alpha, CGBlendMode mode);
 
     Surface base_;
+    PendingFills pending_; // in the base
     TextEngine& text_;
+    PictureCache& pictures_;
     std::vector<State> states_;
     std::vector<Group> groups_;
 };

@@ -2,6 +2,7 @@
 
 #include "rastergraphics/ImageFiles.h"
 #include "rastergraphics/LeakChecker.h"
+#include "rastergraphics/PictureCache.h"
 #include "rastergraphics/RasterCanvas.h"
 #include "rastergraphics/TextEngine.h"
 #include "rastergraphics/TextShaping.h"
@@ -15,7 +16,7 @@ namespace {
 class RasterGraphics final : public Graphics {
   public:
     std::unique_ptr<Canvas> makeCanvas(CGImage& bitmap) override {
-        return std::make_unique<RasterCanvas>(bitmap, *text_);
+        return std::make_unique<RasterCanvas>(bitmap, *text_, *pictures_);
     }
     CGImageRef decodeImage(std::span<const uint8_t> bytes) override { return DecodeImageFile(bytes); }
     std::vector<uint8_t> encodePNG(const CGImage& image) override { return EncodePNGFile(image); }
@@ -31,6 +32,7 @@ class RasterGraphics final : public Graphics {
 
   private:
     std::unique_ptr<TextEngine> text_ = std::make_unique<TextEngine>();
+    std::unique_ptr<PictureCache> pictures_ = std::make_unique<PictureCache>();
 };
 
 } // namespace

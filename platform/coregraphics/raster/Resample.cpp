@@ -1,9 +1,15 @@
 #include "rastergraphics/Resample.h"
 
+#include "rastergraphics/WideLoops.h"
+
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <memory>
+#include <utility>
+#include <vector>
 
 #if defined(__x86_64__)
 #include <immintrin.h>
@@ -30,6 +36,7 @@ struct Filter {
     std::vector<Run> runs;
     std::vector<int16_t> weights;
     bool pairsOnly = true; ///< every run is of two
+    bool copies = true;    ///< every result pixel is the next source pixel
 };
 
 /// Rounds the shares so that they add up to the rounded total: then an even colour stays what it is.
@@ -48,6 +55,8 @@ void appendRounded(std::vector<int16_t>& weights, const std::vector<double>& sha
 Filter makeFilter(int length, double low, double high, int begin, int end) {
     Filter filter;
     std::vector<double> shares;
+    filter.runs.reserve(size_t(end - begin));
+    filter.weights.reserve(size_t(end - begin) * 2);
     double perPixel = length / (high - low); // source pixels that a result pixel spans
     for (int i = begin; i < end; ++i) {
         double from = std::max(double(i), low);
@@ -83,23 +92,41 @@ Filter makeFilter(int length, double low, double high, int begin, int end) {
         appendRounded(filter.weights, shares);
         if (shares.size() % 2 != 0) filter.weights.push_back(0);
         filter.runs.push_back({first + int(skipped), int(filter.weights.size()) - offset, offset});
-        filter.pairsOnly = filter.pairsOnly && filter.runs.back().count == 2;
+        const Filter::Run& run = filter.runs.back();
+        filter.pairsOnly = filter.pairsOnly && run.count == 2;
+        filter.copies = filter.copies && filter.weights[size_t(run.offset)] == kWeightOne &&
+                        run.first - filter.runs.front().first == i - begin;
     }
     return filter;
+}
+
+/// The filters made lately: what moves up and down has the same columns again.
+std::shared_ptr<const Filter> filterFor(int length, double low, double high, int begin, int end) {
+    struct Kept {
+        int length = 0;
+        double low = 0, high = 0;
+        int begin = 0, end = 0;
+        std::shared_ptr<const Filter> filter;
+    };
+    static thread_local std::array<Kept, 8> kept;
+    static thread_local size_t next = 0;
+    for (const Kept& k : kept) {
+        if (k.length == length && k.low == low && k.high == high && k.begin == begin && k.end == end)
+            return k.filter;
+    }
+    Kept& place = kept[next++ % kept.size()];
+    auto filter = std::make_shared<const Filter>(makeFilter(length, low, high, begin, end));
+    place = {length, low, high, begin, end, std::move(filter)};
+    return place.filter;
 }
 
 constexpr int kRowShift = kWeightBits - kKeptBits;
 constexpr int kColumnShift = kWeightBits + kKeptBits;
 
 #if defined(__x86_64__)
-bool wideRegisters() {
-    static const bool known = __builtin_cpu_supports("avx2");
-    return known;
-}
-
 /// The beginning of sumRows' work, as far as whole registers go. Returns how many channels are done.
-__attribute__((target("avx2"))) int sumRowsWide(int16_t* kept, const uint8_t* const* rows,
-                                                const int16_t* weights, int count, int channels) {
+WIDE int sumRowsWide(int16_t* kept, const uint8_t* const* rows, const int16_t* weights, int count,
+                     int channels) {
     const __m256i half = _mm256_set1_epi32(1 << (kRowShift - 1));
     int i = 0;
     for (; i + 16 <= channels; i += 16) {
@@ -125,8 +152,7 @@ __attribute__((target("avx2"))) int sumRowsWide(int16_t* kept, const uint8_t* co
 }
 
 /// The beginning of sumColumns' work when every pixel is made of two. Returns how many pixels are done.
-__attribute__((target("avx2"))) int sumPairsWide(uint32_t* result, const int16_t* kept, int keptFirst,
-                                                 const Filter& filter) {
+WIDE int sumPairsWide(uint32_t* result, const int16_t* kept, int keptFirst, const Filter& filter) {
     const __m256i half = _mm256_set1_epi32(1 << (kColumnShift - 1));
     // Of two neighbouring pixels, the same channels side by side.
     const __m256i interleave = _mm256_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15, 0, 1, 8,
@@ -167,7 +193,7 @@ __attribute__((target("avx2"))) int sumPairsWide(uint32_t* result, const int16_t
 void sumRows(int16_t* kept, const uint8_t* const* rows, const int16_t* weights, int count, int channels) {
     int i = 0;
 #if defined(__x86_64__)
-    if (wideRegisters()) i = sumRowsWide(kept, rows, weights, count, channels);
+    if (WideRegisters()) i = sumRowsWide(kept, rows, weights, count, channels);
     const __m128i zero = _mm_setzero_si128();
     const __m128i half = _mm_set1_epi32(1 << (kRowShift - 1));
     for (; i + 8 <= channels; i += 8) {
@@ -195,11 +221,18 @@ void sumRows(int16_t* kept, const uint8_t* const* rows, const int16_t* weights, 
     }
 }
 
+/// What sumColumns comes to when every pixel is the next one.
+WIDE_TOO void packColumns(uint32_t* result, const int16_t* kept, int pixels) {
+    auto* bytes = reinterpret_cast<uint8_t*>(result);
+    for (int i = 0; i < pixels * 4; ++i)
+        bytes[i] = uint8_t((kept[i] + (1 << (kKeptBits - 1))) >> kKeptBits);
+}
+
 /// Sums up the pixels of a kept row; one pixel more than the filter reaches may be read.
 void sumColumns(uint32_t* result, const int16_t* kept, int keptFirst, const Filter& filter) {
     size_t done = 0;
 #if defined(__x86_64__)
-    if (filter.pairsOnly && wideRegisters()) done = size_t(sumPairsWide(result, kept, keptFirst, filter));
+    if (filter.pairsOnly && WideRegisters()) done = size_t(sumPairsWide(result, kept, keptFirst, filter));
 #endif
     result += done;
     for (size_t i = done; i < filter.runs.size(); ++i) {
@@ -237,13 +270,15 @@ void Stretch(const CGImage& image, const StretchTarget& target, const PixelRect&
              std::vector<uint32_t>& result) {
     result.resize(size_t(area.width()) * size_t(area.height()));
     if (result.empty()) return;
-    Filter columns = makeFilter(image.width(), target.left, target.right, area.left, area.right);
-    Filter rows = makeFilter(image.height(), target.top, target.bottom, area.top, area.bottom);
+    const auto columnFilter = filterFor(image.width(), target.left, target.right, area.left, area.right);
+    const Filter& columns = *columnFilter;
+    const Filter rows = makeFilter(image.height(), target.top, target.bottom, area.top, area.bottom);
 
     int firstColumn = columns.runs.front().first;
     int lastColumn = std::min(columns.runs.back().first + columns.runs.back().count, image.width());
     int channels = (lastColumn - firstColumn) * 4;
-    std::vector<int16_t> kept(size_t(channels) + 4, 0);
+    static thread_local std::vector<int16_t> kept; // one pixel more, which counts for nothing
+    if (kept.size() < size_t(channels) + 4) kept.resize(size_t(channels) + 4);
     std::vector<const uint8_t*> sources;
     uint32_t* out = result.data();
     for (const Filter::Run& run : rows.runs) {
@@ -253,149 +288,12 @@ void Stretch(const CGImage& image, const StretchTarget& target, const PixelRect&
             sources.push_back(reinterpret_cast<const uint8_t*>(row));
         }
         sumRows(kept.data(), sources.data(), rows.weights.data() + run.offset, run.count, channels);
-        sumColumns(out, kept.data(), firstColumn, columns);
+        if (columns.copies)
+            packColumns(out, kept.data(), area.width());
+        else
+            sumColumns(out, kept.data(), firstColumn, columns);
         out += area.width();
     }
-}
-
-namespace {
-
-/// Two channels at a time, each with 8 free bits above it: from + (to - from) x amount / 256.
-uint32_t between(uint32_t from, uint32_t to, uint32_t amount) {
-    constexpr uint32_t kChannels = 0x00ff00ff;
-    uint32_t low = (from & kChannels) * (256 - amount) + (to & kChannels) * amount + 0x00800080;
-    uint32_t high =
-        ((from >> 8) & kChannels) * (256 - amount) + ((to >> 8) & kChannels) * amount + 0x00800080;
-    return ((low >> 8) & kChannels) | (high & ~kChannels);
-}
-
-/// Places on the image in units of 1/65536 pixel, made ready for splitting: the rounding to the nearest of
-/// the 256 steps between pixels is added.
-constexpr int kPlaceBits = 16;
-constexpr int64_t kStepRounding = 128;
-/// With so many more bits places are added up exactly, so that a pixel's place is the same wherever a line
-/// begins.
-constexpr int kExactBits = 16;
-constexpr double kExactOne = double(int64_t(1) << (kPlaceBits + kExactBits));
-
-struct ExactPlace {
-    int64_t x, y;
-};
-
-int64_t placeOf(int64_t exact) {
-    return (exact >> kExactBits) + kStepRounding;
-}
-
-/// The part of a line whose places all have four neighbours.
-void sampleInside(const CGImage& image, ExactPlace at, ExactPlace step, int count, uint32_t* result) {
-    const uint32_t* pixels = image.row(0);
-    const ptrdiff_t width = image.width();
-    for (int i = 0; i < count; ++i, at.x += step.x, at.y += step.y) {
-        auto x = int32_t(placeOf(at.x));
-        auto y = int32_t(placeOf(at.y));
-        const uint32_t* upper = pixels + (y >> kPlaceBits) * width + (x >> kPlaceBits);
-        const uint32_t* lower = upper + width;
-        int fx = (x >> 8) & 255;
-        int fy = (y >> 8) & 255;
-#if defined(__x86_64__)
-        const __m128i zero = _mm_setzero_si128();
-        const __m128i half = _mm_set1_epi16(128);
-        __m128i above = _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(upper)), zero);
-        __m128i below = _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(lower)), zero);
-        __m128i column = _mm_add_epi16(_mm_mullo_epi16(above, _mm_set1_epi16(int16_t(256 - fy))),
-                                       _mm_mullo_epi16(below, _mm_set1_epi16(int16_t(fy))));
-        column = _mm_srli_epi16(_mm_add_epi16(column, half), 8);
-        __m128i parts = _mm_unpacklo_epi64(_mm_set1_epi16(int16_t(256 - fx)), _mm_set1_epi16(int16_t(fx)));
-        column = _mm_mullo_epi16(column, parts);
-        column = _mm_srli_epi16(_mm_add_epi16(_mm_add_epi16(column, _mm_srli_si128(column, 8)), half), 8);
-        result[i] = uint32_t(_mm_cvtsi128_si32(_mm_packus_epi16(column, column)));
-#else
-        result[i] = between(between(upper[0], lower[0], uint32_t(fy)),
-                            between(upper[1], lower[1], uint32_t(fy)), uint32_t(fx));
-#endif
-    }
-}
-
-/// Anywhere, also on the border and beyond; the same as above where both will do.
-uint32_t sampleAt(const CGImage& image, int64_t x, int64_t y) {
-    auto hold = [](int64_t place, int length) {
-        return int32_t(std::clamp<int64_t>(place, 0, int64_t(length - 1) << kPlaceBits));
-    };
-    int32_t heldX = hold(x, image.width());
-    int32_t heldY = hold(y, image.height());
-    int column = std::max(0, std::min(heldX >> kPlaceBits, image.width() - 2));
-    int row = std::max(0, std::min(heldY >> kPlaceBits, image.height() - 2));
-    auto fx = uint32_t((heldX - (column << kPlaceBits)) >> 8);
-    auto fy = uint32_t((heldY - (row << kPlaceBits)) >> 8);
-    const uint32_t* upper = image.row(row) + column;
-    const uint32_t* lower = upper + (image.height() > 1 ? image.width() : 0);
-    int next = image.width() > 1 ? 1 : 0;
-    return between(between(upper[0], lower[0], fy), between(upper[next], lower[next], fy), fx);
-}
-
-/// Narrows begin..end to where start + i step lies between 0 and limit.
-void narrow(double start, double step, double limit, double& begin, double& end) {
-    if (limit <= 0 || step == 0) {
-        if (limit <= 0 || !(start >= 0 && start <= limit)) end = begin;
-        return;
-    }
-    double atLow = -start / step;
-    double atHigh = (limit - start) / step;
-    begin = std::max(begin, std::ceil(std::min(atLow, atHigh)));
-    end = std::min(end, std::floor(std::max(atLow, atHigh)) + 1);
-}
-
-} // namespace
-
-SampleGrid::SampleGrid(const CGImage& image, const CGAffineTransform& pixelsToImage)
-    : image_(image), t_(pixelsToImage) {
-    // From the middle of a pixel, and between the middles of the image's pixels.
-    t_.tx += 0.5 * (t_.a + t_.c) - 0.5;
-    t_.ty += 0.5 * (t_.b + t_.d) - 0.5;
-    constexpr double kSteepest = 1 << 12;
-    constexpr double kFarthest = 1 << 28;
-    exact_ = std::fabs(t_.a) < kSteepest && std::fabs(t_.b) < kSteepest && std::fabs(t_.c) < kSteepest &&
-             std::fabs(t_.d) < kSteepest && std::fabs(t_.tx) < kFarthest && std::fabs(t_.ty) < kFarthest;
-    if (!exact_) return;
-    auto fixed = [](double v) { return int64_t(std::llround(v * kExactOne)); };
-    a_ = fixed(t_.a);
-    b_ = fixed(t_.b);
-    c_ = fixed(t_.c);
-    d_ = fixed(t_.d);
-    tx_ = fixed(t_.tx);
-    ty_ = fixed(t_.ty);
-}
-
-void SampleGrid::line(int y, int x, int count, uint32_t* result) const {
-    if (!exact_) return lineFarOut(y, x, count, result);
-    ExactPlace start{tx_ + x * a_ + y * c_, ty_ + x * b_ + y * d_};
-    // Where nothing can reach over the border it goes without looking; a little less, for the rounding.
-    constexpr double kMargin = 0.05;
-    double begin = 0;
-    double end = count;
-    narrow(double(start.x) / kExactOne - kMargin, t_.a, image_.width() - 1 - 2 * kMargin, begin, end);
-    narrow(double(start.y) / kExactOne - kMargin, t_.b, image_.height() - 1 - 2 * kMargin, begin, end);
-    int first = end > begin ? int(begin) : count;
-    int last = end > begin ? int(end) : count;
-    auto anywhere = [&](int from, int to) {
-        for (int i = from; i < to; ++i)
-            result[i] = sampleAt(image_, placeOf(start.x + i * a_), placeOf(start.y + i * b_));
-    };
-    anywhere(0, first);
-    sampleInside(image_, {start.x + first * a_, start.y + first * b_}, {a_, b_}, last - first,
-                 result + first);
-    anywhere(last, count);
-}
-
-void SampleGrid::lineFarOut(int y, int x, int count, uint32_t* result) const {
-    // Written so that a number that is no number counts as 0.
-    auto place = [](double v, int length) {
-        v = v > 0 ? std::min(v, double(length - 1)) : 0;
-        return int64_t(v * (1 << kPlaceBits)) + kStepRounding;
-    };
-    for (int i = 0; i < count; ++i)
-        result[i] = sampleAt(image_, place(t_.tx + (x + i) * t_.a + y * t_.c, image_.width()),
-                             place(t_.ty + (x + i) * t_.b + y * t_.d, image_.height()));
 }
 
 } // namespace tallyforge

@@ -2,7 +2,9 @@
 
 #include "rastergraphics/TextShaping.h"
 
+#include <algorithm>
 #include <cmath>
+#include <functional>
 #include <iterator>
 
 namespace tallyforge {
@@ -30,6 +32,19 @@ class KeepSink final : public CoverageSink {
     const PixelRect& area_;
 };
 
+/// Hands on at another place.
+class MovedSink final : public CoverageSink {
+  public:
+    MovedSink(CoverageSink& sink, int x, int y) : sink_(sink), x_(x), y_(y) {}
+    void span(int y, int x, int n, const uint8_t* coverage) override {
+        sink_.span(y + y_, x + x_, n, coverage);
+    }
+
+  private:
+    CoverageSink& sink_;
+    int x_, y_;
+};
+
 } // namespace
 
 std::shared_ptr<const TextLine> TextEngine::line(std::string_view utf8, int weight) {
@@ -51,6 +66,13 @@ std::shared_ptr<const TextLine> TextEngine::line(std::string_view utf8, int weig
     return shaped;
 }
 
+size_t TextEngine::PaintedHash::operator()(const PaintedKey& key) const {
+    size_t hash = std::hash<const TextLine*>()(key.line.get());
+    for (double part : {key.place.a, key.place.b, key.place.c, key.place.d, key.place.tx, key.place.ty})
+        hash = hash * 31 + std::hash<double>()(part);
+    return hash;
+}
+
 bool TextEngine::drawCached(const std::shared_ptr<const TextLine>& line,
                             const CGAffineTransform& lineToPixels, const PixelRect& clip,
                             CoverageSink& sink) {
@@ -65,23 +87,33 @@ bool TextEngine::drawCached(const std::shared_ptr<const TextLine>& line,
     place.ty = within(lineToPixels.ty - top);
 
     std::lock_guard lock(mutex_);
-    auto found = painted_.begin();
-    while (found != painted_.end() && !(found->line == line && found->place == place))
-        ++found;
-    if (found != painted_.end()) {
-        painted_.splice(painted_.begin(), painted_, found);
+    const PaintedKey key{line, place};
+    if (auto known = paintedByKey_.find(key); known != paintedByKey_.end()) {
+        painted_.splice(painted_.begin(), painted_, known->second);
     } else {
         constexpr PixelRect kAnywhere{-(1 << 20), -(1 << 20), 1 << 20, 1 << 20};
-        PixelRect area = TouchedPixels(line->outline.boundingBox(), place, kAnywhere);
+        PixelRect area = TouchedPixels(line->reach, place, kAnywhere);
         size_t bytes = size_t(area.width()) * size_t(area.height());
+        if (bytes == 0) return true;
         if (bytes > kLargestPainted) return false;
-        Painted painted{line, place, area, std::vector<uint8_t>(bytes)};
+        const bool upright = place.b == 0 && place.c == 0;
+        if (!upright && std::ranges::find(turnedOnce_, key) == turnedOnce_.end()) {
+            turnedOnce_[nextTurned_++ % turnedOnce_.size()] = key;
+            const int x = int(left), y = int(top);
+            MovedSink moved(sink, x, y);
+            ScanConvert(line->outline, place, {clip.left - x, clip.top - y, clip.right - x, clip.bottom - y},
+                        moved);
+            return true;
+        }
+        Painted painted{key, area, std::vector<uint8_t>(bytes)};
         KeepSink keep(painted.coverage, area);
         ScanConvert(line->outline, place, area, keep);
         painted_.push_front(std::move(painted));
+        paintedByKey_[key] = painted_.begin();
         paintedBytes_ += bytes;
         while (paintedBytes_ > kKeptPaintedBytes) {
             paintedBytes_ -= painted_.back().coverage.size();
+            paintedByKey_.erase(painted_.back().key);
             painted_.pop_back();
         }
     }

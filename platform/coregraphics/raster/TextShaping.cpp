@@ -1,12 +1,14 @@
 #include "rastergraphics/TextShaping.h"
 
 #include "rastergraphics/ToolkitPath.h"
+#include "rastergraphics/ToolkitRuntimeFolder.h"
 #include "rastergraphics/ToolkitSilence.h"
 
 #include <QFont>
 #include <QFontDatabase>
 #include <QGlyphRun>
 #include <QGuiApplication>
+#include <QHash>
 #include <QImage>
 #include <QPainter>
 #include <QPainterPath>
@@ -16,6 +18,8 @@
 
 #include <algorithm>
 #include <memory>
+#include <mutex>
+#include <utility>
 
 namespace tallyforge {
 
@@ -34,6 +38,7 @@ bool fontsAvailable() {
         static char option[] = "-platform";
         static char platform[] = "offscreen";
         static char* arguments[] = {name, option, platform, nullptr};
+        const ToolkitRuntimeFolder folder;
         static QGuiApplication* const application = new QGuiApplication(count, arguments);
         return application != nullptr;
     }
@@ -84,6 +89,19 @@ Decoded decode(std::string_view utf8) {
     }
     result.offsets.push_back(utf8.size());
     return result;
+}
+
+/// The glyph's outline, which the font makes anew each time; a screen's texts share most of their letters.
+QPainterPath outlineOf(const QRawFont& font, quint32 glyph) {
+    constexpr qsizetype kMost = 2048;
+    // Kept to the end of the program, as the fonts' owner is.
+    static auto& known = *new QHash<std::pair<QRawFont, quint32>, QPainterPath>;
+    static std::mutex mutex;
+    std::lock_guard lock(mutex);
+    const std::pair<QRawFont, quint32> key(font, glyph);
+    if (auto found = known.constFind(key); found != known.constEnd()) return *found;
+    if (known.size() >= kMost) known.clear();
+    return *known.insert(key, font.pathForGlyph(glyph));
 }
 
 /// A glyph without an outline is a picture of its own, as emoji are.
@@ -146,7 +164,7 @@ std::shared_ptr<const TextLine> ShapeText(std::string_view utf8, int weight) {
         const QList<QPointF> positions = run.positions();
         for (qsizetype i = 0; i < glyphs.size(); ++i) {
             QPointF at = positions[i] - QPointF(0, baseline);
-            QPainterPath path = runFont.pathForGlyph(glyphs[i]);
+            QPainterPath path = outlineOf(runFont, glyphs[i]);
             if (path.isEmpty())
                 addPicture(*line, runFont, glyphs[i], at);
             else
@@ -154,6 +172,7 @@ std::shared_ptr<const TextLine> ShapeText(std::string_view utf8, int weight) {
         }
     }
     line->outline = PathFromToolkit(outline).transformed(toUnit);
+    line->reach = line->outline.boundingBox();
     return line;
 }
 

@@ -7,5 +7,24 @@
 #else
 #define WIDE_TOO
 #endif
+#if defined(__x86_64__)
+/// Written for registers of 32 bytes: to be called only where WideRegisters() says so.
+#define WIDE __attribute__((target("avx2")))
+#define WIDE_INLINED __attribute__((target("avx2"), always_inline)) inline
+#endif
 /// For what is called inside of such loops: it must become part of every version of them.
 #define INLINED __attribute__((always_inline)) inline
+
+namespace tallyforge {
+
+/// Whether this machine has registers of 32 bytes and what counts in them; for loops written for those.
+inline bool WideRegisters() {
+#if defined(__x86_64__)
+    static const bool known = __builtin_cpu_supports("avx2") != 0;
+    return known;
+#else
+    return false;
+#endif
+}
+
+} // namespace tallyforge
