@@ -3,6 +3,7 @@
 #include "foundation/NSFileManager.h"
 #include "foundation/NSKeyedArchiver.h"
 #include "settings/Settings.h"
+#include "settings/SilentFailures.h"
 #include "uikit/UIDevice.h"
 #include "uikit/UIGestureRecognizer.h"
 #include "uikit/UIGraphics.h"
@@ -49,14 +50,15 @@ int32_t ReadConfiguredIcon() {
     return icon ? icon->intValue() : 0;
 }
 
-// A failure is no matter: then the choice lasts as long as the cell.
-void WriteConfiguredIcon(int32_t icon) {
+Status WriteConfiguredIcon(int32_t icon) {
     NSFileManager& files = NSFileManager::defaultManager();
-    if (!files.fileExistsAtPath(kConfigFile) && !files.createDirectoryAtPath(kConfigFolder)) return;
+    if (!files.fileExistsAtPath(kConfigFile)) {
+        if (auto made = files.createDirectoryAtPath(kConfigFolder); !made) return made;
+    }
     Dictionary config;
     config.setObjectForKey(PropertyList::integer(icon), kConfigIconKey);
     auto archive = NSKeyedArchiver::archivedDataWithRootObject(PropertyList::dictionary(std::move(config)));
-    static_cast<void>(files.writeDataToFile(kConfigFile, archive));
+    return files.writeDataToFile(kConfigFile, archive);
 }
 
 // The image in the shape that icons have.
@@ -106,7 +108,8 @@ bool PreviewCell::pressKey(UIKey key) {
 
 void PreviewCell::tap() {
     currentIcon_ = IconAfter(currentIcon_);
-    WriteConfiguredIcon(currentIcon_);
+    // After a failure the choice lasts as long as the cell.
+    TellSilentFailure(kConfigFile, WriteConfiguredIcon(currentIcon_));
     setIcon();
     if (iconView_) iconView_->removeFromSuperview();
     iconView_ = nullptr;

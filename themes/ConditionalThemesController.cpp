@@ -5,7 +5,7 @@
 #include "foundation/Dispatch.h"
 #include "foundation/LocalizedCompare.h"
 #include "settings/Settings.h"
-#include "themes/SilentFailures.h"
+#include "settings/SilentFailures.h"
 #include "themes/TieFiles.h"
 #include "uikit/UIAlertView.h"
 
@@ -51,7 +51,7 @@ PropertyList conditionalthemesListController::titlesAppDataFromTarget() {
 }
 
 PropertyList conditionalthemesListController::valueThemeDataFromTarget() {
-    listedThemes_ = ListThemes().themes;
+    listedThemes_ = ListThemesForScreen().themes;
     PropertyList::Array values{Text(kNoTheme)};
     for (const Theme& theme : *listedThemes_)
         values.push_back(Text(theme.path));
@@ -60,7 +60,7 @@ PropertyList conditionalthemesListController::valueThemeDataFromTarget() {
 
 PropertyList conditionalthemesListController::titlesThemeDataFromTarget() {
     PropertyList::Array titles{Text("Disabled")};
-    for (const Theme& theme : listedThemes_ ? *listedThemes_ : ListThemes().themes)
+    for (const Theme& theme : listedThemes_ ? *listedThemes_ : ListThemesForScreen().themes)
         titles.push_back(Text(theme.name));
     listedThemes_.reset();
     return PropertyList::array(std::move(titles));

@@ -9,7 +9,6 @@ namespace tallyforge {
 namespace {
 
 constexpr std::string_view kExtension = ".tft";
-constexpr size_t kLongestFileName = 255; // bytes
 
 } // namespace
 

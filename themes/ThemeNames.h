@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -9,6 +10,8 @@ namespace tallyforge {
 inline constexpr std::string_view kThemeFolder = "/var/mobile/Documents/Tallyforge/";
 /// The themes that came with the package.
 inline constexpr std::string_view kDefaultThemeFolder = "/Library/Application Support/Tallyforge/";
+/// In bytes: what a file's name may have on every file system here.
+inline constexpr size_t kLongestFileName = 255;
 
 /// Nothing but spaces.
 bool IsBlankThemeName(std::string_view name);

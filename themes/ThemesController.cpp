@@ -2,7 +2,7 @@
 
 #include "foundation/Dispatch.h"
 #include "foundation/NSFileManager.h"
-#include "themes/SilentFailures.h"
+#include "settings/SilentFailures.h"
 #include "themes/ThemeFiles.h"
 #include "themes/ThemeNames.h"
 #include "uikit/UITextField.h"
@@ -45,7 +45,7 @@ void themesListController::restoreThemes() {
     const RestoredThemes restored = RestoreDefaultThemes();
     for (const auto& [path, outcome] : restored.failures)
         TellSilentFailure(path, outcome);
-    showAlertWithTitleMessage("Done", restored.files.empty()
+    showAlertWithTitleMessage("Done", restored.missing.empty()
                                           ? "You didn't delete any default theme... Nothing to restore!"
                                           : "The default themes has been restored!");
 }
@@ -66,7 +66,7 @@ void themesListController::showActionAlertWithTitleMessageButtonTag(const std::s
 void themesListController::showPickerAlertWithTileMessageBtnNameTag(const std::string& title,
                                                                     const std::string& message,
                                                                     const std::string& button, int tag) {
-    ThemeListing listing = ListThemes();
+    ThemeListing listing = ListThemesForScreen();
     if (listing.empty) {
         showAlertWithTitleMessage("Error", "No themes found");
         return;
@@ -137,7 +137,9 @@ void themesListController::saveProfileOverwriteIfExists(std::string_view name, b
             "Overwrite", kOverwriteTag);
         return;
     }
-    TellSilentFailure(path, WriteTheme(ThemeOfSettings(name), path));
+    const auto theme = ThemeOfSettings(name);
+    TellSilentFailure(path, theme ? WriteTheme(*theme, path, overwrite ? Overwrite::yes : Overwrite::no)
+                                  : Status(theme.error()));
     showAlertWithTitleMessage("Success",
                               "The current settings were successfully saved as a theme with the name " +
                                   std::string(name) + "!");

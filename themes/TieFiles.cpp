@@ -2,26 +2,40 @@
 
 #include "foundation/NSFileManager.h"
 #include "foundation/NSKeyedArchiver.h"
+#include "settings/SilentFailures.h"
+#include "themes/ThemeNames.h"
 
+#include <cerrno>
 #include <optional>
 
 namespace tallyforge {
 
 namespace {
 
-constexpr size_t kLongestFileName = 255; // bytes
-
 std::string PathOf(std::string_view app) {
     return std::string(kTieFolder).append(app);
 }
 
-std::optional<std::string> ReadTie(std::string_view app) {
+// What the tie file holds; nothing when it is none, or was not read.
+std::optional<std::string> ReadTie(std::string_view app, std::vector<UnreadFile>& unread) {
     if (!WhyNoTieFile(app).empty()) return std::nullopt;
-    const auto bytes = NSFileManager::defaultManager().contentsAtPath(PathOf(app));
-    if (!bytes) return std::nullopt;
+    const NSFileManager& files = NSFileManager::defaultManager();
+    const auto bytes = files.contentsAtPath(PathOf(app));
+    if (!bytes) {
+        if (files.isUnreadFileAtPath(PathOf(app), bytes.error()))
+            unread.push_back({PathOf(app), bytes.reason()});
+        return std::nullopt;
+    }
     const auto root = NSKeyedUnarchiver::unarchiveObjectWithData(*bytes);
     const std::string* theme = root ? root->asString() : nullptr;
     return theme ? std::optional(*theme) : std::nullopt;
+}
+
+// None where there is no folder.
+Result<std::vector<std::string>> TieFolderEntries() {
+    auto entries = NSFileManager::defaultManager().contentsOfDirectoryAtPath(kTieFolder);
+    if (!entries && entries.number() == ENOENT) return std::vector<std::string>();
+    return entries;
 }
 
 } // namespace
@@ -34,18 +48,22 @@ std::string WhyNoTieFile(std::string_view app) {
     return {};
 }
 
-std::vector<Tie> ListTies() {
-    std::vector<Tie> ties;
-    const auto files = NSFileManager::defaultManager().contentsOfDirectoryAtPath(kTieFolder);
-    if (!files) return ties;
+Result<TieListing> ListTies() {
+    TieListing listing;
+    const auto files = TieFolderEntries();
+    if (!files) return files.error();
     for (const std::string& file : *files) {
-        if (auto theme = ReadTie(file)) ties.push_back({file, std::move(*theme)});
+        if (auto theme = ReadTie(file, listing.unread)) listing.ties.push_back({file, std::move(*theme)});
     }
-    return ties;
+    return listing;
 }
 
 std::string TieOf(std::string_view app) {
-    return ReadTie(app).value_or(std::string(kNoTheme));
+    std::vector<UnreadFile> unread;
+    auto theme = ReadTie(app, unread);
+    for (const UnreadFile& file : unread)
+        TellSilentFailure(file.path, Error{file.reason});
+    return theme.value_or(std::string(kNoTheme));
 }
 
 Status SetTie(std::string_view app, std::string_view theme) {
@@ -53,11 +71,11 @@ Status SetTie(std::string_view app, std::string_view theme) {
     NSFileManager& files = NSFileManager::defaultManager();
     if (auto made = files.createDirectoryAtPath(kTieFolder); !made) return made;
     const std::string path = PathOf(app);
-    if (files.fileExistsAtPath(path)) {
+    if (theme == kNoTheme) {
         auto removed = files.removeItemAtPath(path);
-        if (!removed || theme == kNoTheme) return removed;
+        if (removed || removed.number() != ENOENT) return removed;
     }
-    return files.writeDataToFile(
+    return files.removeItemAndWriteData(
         path, NSKeyedArchiver::archivedDataWithRootObject(PropertyList::string(std::string(theme))));
 }
 
@@ -69,12 +87,15 @@ Status RemoveTie(std::string_view app) {
 std::vector<TieFailure> ClearTies() {
     std::vector<TieFailure> failures;
     NSFileManager& files = NSFileManager::defaultManager();
-    const auto entries = files.contentsOfDirectoryAtPath(kTieFolder);
-    if (!entries) return failures;
+    const auto entries = TieFolderEntries();
+    if (!entries) return {{std::string(kTieFolder), entries.error()}};
+    if (entries->empty()) return failures;
     for (const std::string& entry : *entries) {
         auto removed = files.removeTreeAtPath(PathOf(entry));
         if (!removed) failures.push_back({PathOf(entry), std::move(removed)});
     }
+    if (auto synced = files.syncDirectoryAtPath(kTieFolder); !synced)
+        failures.push_back({std::string(kTieFolder), std::move(synced)});
     return failures;
 }
 

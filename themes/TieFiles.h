@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/Result.h"
+#include "themes/UnreadFile.h"
 
 #include <string>
 #include <string_view>
@@ -28,9 +29,16 @@ struct Tie {
 /// property list, so one that would lead out of the folder is refused.
 std::string WhyNoTieFile(std::string_view app);
 
-/// The ties in the order of the folder's listing; files that hold no archived string are passed over.
-std::vector<Tie> ListTies();
-/// What the app's tie file holds; "0" without a file, and when it holds no archived string.
+/// What is in the folder of ties.
+struct TieListing {
+    std::vector<Tie> ties; ///< in the order of the folder's listing
+    std::vector<UnreadFile> unread;
+};
+/// Files that hold no archived string are passed over. A missing folder holds no ties; one that cannot be
+/// listed is an error.
+Result<TieListing> ListTies();
+/// For a screen, what the app's tie file holds; "0" without a file, and when it cannot be read, which is told
+/// as a silent failure, or holds no archived string.
 std::string TieOf(std::string_view app);
 /// Ties the theme to the app. With "0" the tie is undone by removing its file; yet where there is no file,
 /// one that holds "0" is written, and readers take it as no tie.

@@ -18,20 +18,24 @@ std::optional<int> OpenDeviceFor(const Command& command) {
     return std::nullopt;
 }
 
-int SettingsOutcome(const Command& command, const std::string& unreadable) {
+int SettingsOutcome(const Command& command) {
     const std::string path = CFPreferencesPath(kSettingsDomain);
     // A row's failed write is made good by a later one; what counts is what the file holds in the end.
     if (std::string failure = CFPreferencesSynchronizeFailure(kSettingsDomain); !failure.empty())
         return CouldNot(command.name, path + ": " + failure);
-    if (!unreadable.empty())
-        Complain(command.name, path + ": " + unreadable + "; the old file was kept beside the new one");
+    if (std::string damage = CFPreferencesTakeKeptAside(kSettingsDomain); !damage.empty())
+        Complain(command.name, path + ": " + damage + "; the old file was kept beside the new one");
     return kDone;
 }
 
 void WarnOfUnreadableSettings(const Command& command) {
-    std::string why = CFPreferencesReadFailure(kSettingsDomain);
+    const std::string missed = CFPreferencesTakeMissedReading(kSettingsDomain);
+    const std::string why = CFPreferencesReadFailure(kSettingsDomain);
+    const std::string path = CFPreferencesPath(kSettingsDomain);
     if (!why.empty())
-        Complain(command.name, CFPreferencesPath(kSettingsDomain) + ": " + why + "; it counts as empty");
+        Complain(command.name, path + ": " + why + "; it counts as empty");
+    else if (!missed.empty())
+        Complain(command.name, path + ": " + missed + "; it counted as empty for a while");
 }
 
 } // namespace tallyforge

@@ -10,11 +10,11 @@ namespace tallyforge {
 /// why.
 std::optional<int> OpenDeviceFor(const Command& command);
 
-/// Says it when the settings domain's file is there but cannot be read as one: it then counts as empty.
+/// Says it when the settings domain's file is there but could not be read as one: it then counts as empty.
 void WarnOfUnreadableSettings(const Command& command);
 
-/// After a change of settings: the status, having said on standard error what could not be saved, and where
-/// the old file is when it could not be read (`unreadable` is why, asked before the change).
-int SettingsOutcome(const Command& command, const std::string& unreadable);
+/// After a change of settings was saved, or not: the status, having said on standard error why it could not
+/// be saved, and where the old file is when it was no domain.
+int SettingsOutcome(const Command& command);
 
 } // namespace tallyforge

@@ -10,7 +10,7 @@
 #include "coregraphics/Canvas.h"
 #include "device/HostFile.h"
 #include "settings/SettingsKeys.h"
-#include "themes/SilentFailures.h"
+#include "settings/SilentFailures.h"
 #include "uikit/UIAlertView.h"
 #include "uikit/UIApplication.h"
 #include "uikit/UIPickerView.h"
@@ -76,8 +76,8 @@ Result<Step> parseStep(const std::string& line) {
 /// The hands of whoever drives: each step as touches, typed text and waiting.
 class Driver {
   public:
-    explicit Driver(const Command& command)
-        : command_(command), stage_(command.size, command.scale), screen_(stage_.app()) {}
+    Driver(const Command& command, const DriveFiles& files)
+        : command_(command), files_(files), stage_(command.size, command.scale), screen_(stage_.app()) {}
 
     void complainOfEmptyScreen() const {
         if (std::string why = screen_.whyEmpty(); !why.empty()) Complain("drive", why);
@@ -112,6 +112,7 @@ class Driver {
     Result<CGPoint> point(const Step& step, size_t first) const;
 
     const Command& command_;
+    const DriveFiles& files_;
     SettingsStage stage_;
     Screen screen_;
     CGPoint finger_; // where it is while it is down
@@ -297,7 +298,7 @@ Status Driver::wait(const Step& step) {
 Status Driver::render(const Step& step) {
     auto picture = stage_.picture();
     if (!picture) return picture.error();
-    return WriteHostFile(step.words[1], Graphics::current()->encodePNG(**picture));
+    return files_(step.words[1], Graphics::current()->encodePNG(**picture));
 }
 
 Status Driver::inspect(const Step& step) {
@@ -309,7 +310,7 @@ Status Driver::inspect(const Step& step) {
         Print(text);
         return Done{};
     }
-    return WriteHostFile(step.words[1], std::vector<uint8_t>(text.begin(), text.end()));
+    return files_(step.words[1], std::vector<uint8_t>(text.begin(), text.end()));
 }
 
 /// What the screens do not say of files that could not be written, said on standard error.
@@ -338,13 +339,19 @@ int RunDrive(const Command& command) {
         file.open(command.script);
         if (!file) return CouldNot("drive", command.script + ": " + std::strerror(errno));
     }
-    std::istream& script = command.script.empty() ? std::cin : file;
+    const auto write = [](const std::filesystem::path& path, std::span<const uint8_t> bytes) {
+        return WriteHostFile(path, bytes);
+    };
+    return RunDriveScript(command, command.script.empty() ? std::cin : file, write);
+}
+
+int RunDriveScript(const Command& command, std::istream& script, const DriveFiles& files) {
     // Nothing is opened on this machine; whether a program takes an address, the device alone would know.
     UIApplication::sharedApplication().setOpener(
         {[](const std::string& url) { return url.starts_with("http"); },
          [](const std::string&) { return true; }});
 
-    Driver driver(command);
+    Driver driver(command, files);
     EffectTrace trace;
     const SilentFailures failures;
     if (command.trace) {

@@ -3,12 +3,12 @@
 #include "cli/GalleryTile.h"
 #include "cli/ProgressBar.h"
 #include "cli/Report.h"
+#include "cli/ThemeChoice.h"
 #include "corefoundation/CFPreferences.h"
 #include "coregraphics/Canvas.h"
 #include "device/HostFile.h"
 #include "foundation/Clock.h"
 #include "foundation/Dispatch.h"
-#include "themes/ThemeFiles.h"
 #include "uikit/UIDevice.h"
 
 #include <algorithm>
@@ -112,7 +112,11 @@ Result<CGImage> DrawSheet(const std::vector<Theme>& themes, const Sheet& sheet, 
 } // namespace
 
 int RunGallery(const Command& command) {
-    const std::vector<Theme> themes = ListThemes().themes;
+    const auto listing = UsersThemes();
+    if (!listing) return CouldNot(command.name, listing.reason());
+    const int unread = ComplainOfUnread(command, listing->unread);
+    const std::vector<Theme>& themes = listing->themes;
+    if (themes.empty() && unread != kDone) return unread;
     if (themes.empty())
         return CouldNot(command.name,
                         "there are no themes; 'tallyforge theme restore' brings the default ones");
@@ -124,7 +128,7 @@ int RunGallery(const Command& command) {
     const auto picture = DrawSheet(themes, sheet, scale);
     if (!picture) return CouldNot(command.name, picture.reason());
     const auto written = WriteHostFile(command.output, Graphics::current()->encodePNG(*picture));
-    return written ? int{kDone} : CouldNot(command.name, written.reason());
+    return written ? unread : CouldNot(command.name, written.reason());
 }
 
 } // namespace tallyforge

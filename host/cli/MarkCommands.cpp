@@ -36,9 +36,8 @@ int RunOnPane(const Command& command, void (MarkPaneController::*action)()) {
     if (auto without = SettingsWithoutRow(mark, *pane); !without.empty())
         return CouldNot(command.name, pane->bundlePath() + ": no readable list has a row for " +
                                           std::string(without.front()) + "; nothing was changed");
-    std::string unreadable = CFPreferencesReadFailure(kSettingsDomain);
     (*pane.*action)();
-    return SettingsOutcome(command, unreadable);
+    return SettingsOutcome(command);
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "cli/Report.h"
 
+#include "foundation/UTFText.h"
+
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -11,14 +13,30 @@ namespace {
 
 int outputFailure = 0; // errno of the first write that failed
 
+// What a terminal obeys instead of showing it: control characters, ends of lines, and what turns the
+// direction of all that follows. The marks of single words, which names do hold, turn nothing else.
+bool IsObeyed(char32_t c) {
+    return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0x2028 || c == 0x2029 ||
+           (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+}
+
+// The text with something else in the place of each such character.
+std::string WithoutObeyed(std::string_view text, std::string (*instead)(std::string_view character)) {
+    std::string shown;
+    while (!text.empty()) {
+        const std::string_view before = text;
+        const char32_t c = TakeUTF8(text, static_cast<unsigned char>(before[0])); // a strange byte is itself
+        const std::string_view character = before.substr(0, before.size() - text.size());
+        shown += IsObeyed(c) ? instead(character) : std::string(character);
+    }
+    return shown;
+}
+
 } // namespace
 
 void Complain(std::string_view what, std::string_view why) {
-    std::string line = "tallyforge: " + std::string(what) + ": " + std::string(why);
-    for (char& c : line) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
-    }
-    line += '\n';
+    const std::string text = "tallyforge: " + std::string(what) + ": " + std::string(why);
+    const std::string line = WithoutObeyed(text, [](std::string_view) { return std::string(" "); }) + "\n";
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
@@ -33,18 +51,15 @@ int WrongWords(std::string_view what, std::string_view why) {
 }
 
 std::string OneLineText(std::string_view text) {
-    std::string line;
-    for (char c : text) {
-        auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x20 && byte != 0x7F) {
-            line += c;
-            continue;
+    return WithoutObeyed(text, [](std::string_view character) {
+        std::string codes;
+        for (const char byte : character) {
+            std::array<char, 8> code{};
+            std::snprintf(code.data(), code.size(), "\\x%02X", static_cast<unsigned char>(byte));
+            codes += code.data();
         }
-        std::array<char, 8> code{};
-        std::snprintf(code.data(), code.size(), "\\x%02X", byte);
-        line += code.data();
-    }
-    return line;
+        return codes;
+    });
 }
 
 void Print(std::string_view text) {

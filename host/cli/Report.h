@@ -18,7 +18,8 @@ void Complain(std::string_view what, std::string_view why);
 int CouldNot(std::string_view what, std::string_view why);
 int WrongWords(std::string_view what, std::string_view why);
 
-/// The text for a line of output: its control characters are shown as "\x0A", not sent.
+/// The text for a line of output: control characters, and those that turn the direction of what follows, are
+/// shown as "\x0A", not sent.
 std::string OneLineText(std::string_view text);
 
 /// Writes to standard output. The first failure is remembered for FinishOutput.

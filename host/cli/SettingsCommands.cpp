@@ -53,16 +53,12 @@ int UnknownKey(const Command& command, const std::string& key) {
 }
 
 int SaveAndAnnounce(const Command& command) {
-    std::string unreadable = CFPreferencesReadFailure(kSettingsDomain);
-    if (!CFPreferencesAppSynchronize(kSettingsDomain))
-        return CouldNot(command.name, CFPreferencesPath(kSettingsDomain) + ": " +
-                                          CFPreferencesSynchronizeFailure(kSettingsDomain));
-    NSUserDefaults::standardUserDefaults().synchronize();
-    if (!unreadable.empty())
-        Complain(command.name, CFPreferencesPath(kSettingsDomain) + ": " + unreadable +
-                                   "; the old file was kept beside the new one");
-    AnnounceSettingsChanged();
-    return kDone;
+    const bool saved = CFPreferencesAppSynchronize(kSettingsDomain);
+    if (saved) {
+        NSUserDefaults::standardUserDefaults().synchronize();
+        AnnounceSettingsChanged();
+    }
+    return SettingsOutcome(command);
 }
 
 } // namespace

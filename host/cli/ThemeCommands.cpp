@@ -13,7 +13,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include <set>
+#include <algorithm>
 
 namespace tallyforge {
 
@@ -29,15 +29,17 @@ PropertyList ValueOrFallback(const Dictionary& theme, const SettingKey& key) {
 }
 
 int List(const Command& command) {
+    const auto listing = UsersThemes();
+    if (!listing) return CouldNot(command.name, listing.reason());
     Json list = Json::array();
-    for (const Theme& theme : ListThemes().themes) {
+    for (const Theme& theme : listing->themes) {
         if (command.json)
             list.push_back({{"name", theme.name}, {"file", FileNameOf(theme)}});
         else
             Print(OneLineText(theme.name) + "\t" + OneLineText(FileNameOf(theme)) + "\n");
     }
     if (command.json) PrintJson(list);
-    return FinishOutput(command.name);
+    return std::max({FinishOutput(command.name), ComplainOfUnread(command, listing->unread)});
 }
 
 int Show(const Command& command) {
@@ -71,7 +73,7 @@ std::optional<int> RefuseName(const Command& command, const std::string& name) {
 
 int Write(const Command& command, const Dictionary& theme, const std::string& name) {
     const std::string path = std::string(kThemeFolder) + ThemeFileName(name);
-    const auto written = WriteTheme(theme, path);
+    const auto written = WriteTheme(theme, path, command.overwrite ? Overwrite::yes : Overwrite::no);
     return written ? int{kDone} : CouldNot(command.name, path + ": " + written.reason());
 }
 
@@ -81,8 +83,9 @@ int Save(const Command& command) {
     if (const std::string why = WhyNoThemeFile(command.theme); !why.empty())
         return WrongWords(command.name, why);
     if (const auto refused = RefuseName(command, command.theme)) return *refused;
-    WarnOfUnreadableSettings(command);
-    return Write(command, ThemeOfSettings(command.theme), command.theme);
+    const auto theme = ThemeOfSettings(command.theme);
+    if (!theme) return CouldNot(command.name, theme.reason());
+    return Write(command, *theme, command.theme);
 }
 
 int Load(const Command& command) {
@@ -90,9 +93,8 @@ int Load(const Command& command) {
     if (!found) return CouldNot(command.name, found.reason());
     const auto theme = ReadTheme(found->path);
     if (!theme) return CouldNot(command.name, found->path + ": " + theme.reason());
-    const std::string unreadable = CFPreferencesReadFailure(kSettingsDomain);
     ApplyTheme(*theme);
-    return SettingsOutcome(command, unreadable);
+    return SettingsOutcome(command);
 }
 
 int Delete(const Command& command) {
@@ -106,16 +108,12 @@ int Delete(const Command& command) {
 
 int Restore(const Command& command) {
     const RestoredThemes restored = RestoreDefaultThemes();
-    std::set<std::string> failed;
-    for (const auto& [path, outcome] : restored.failures) {
+    for (const auto& [path, outcome] : restored.failures)
         Complain(command.name, path + ": " + outcome.reason());
-        failed.insert(path);
-    }
-    for (const std::string& file : restored.files) {
-        if (!failed.contains(std::string(kThemeFolder) + file)) Print(OneLineText(file) + "\n");
-    }
+    for (const std::string& file : restored.files)
+        Print(OneLineText(file) + "\n");
     const int printed = FinishOutput(command.name);
-    return failed.empty() ? printed : int{kFailed};
+    return restored.failures.empty() ? printed : int{kFailed};
 }
 
 int Export(const Command& command) {
@@ -123,7 +121,7 @@ int Export(const Command& command) {
     if (!found) return CouldNot(command.name, found.reason());
     const auto bytes = NSFileManager::defaultManager().contentsAtPath(found->path, kLargestTheme);
     if (!bytes) return CouldNot(command.name, found->path + ": " + bytes.reason());
-    const auto written = WriteHostFile(command.output, *bytes);
+    const auto written = WriteHostFile(command.output, *bytes, Durable::yes);
     return written ? int{kDone} : CouldNot(command.name, written.reason());
 }
 
@@ -145,9 +143,8 @@ int Import(const Command& command) {
 }
 
 Result<Dictionary> ThemeNamed(const std::string& name) {
-    const auto found = FindTheme(name);
-    if (!found)
-        return Error{found.reason() + (found.reason().starts_with("several") ? "; name the file" : "")};
+    const auto found = FindTheme(name, "; name the file");
+    if (!found) return found.error();
     auto theme = ReadTheme(found->path);
     if (!theme) return Error{found->path + ": " + theme.reason()};
     return theme;

@@ -13,6 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cerrno>
 
 namespace tallyforge {
 
@@ -24,12 +25,15 @@ constexpr const char* kNone = "none";
 constexpr const char* kMissing = "missing";
 
 int List(const Command& command) {
-    const std::vector<Theme> themes = ListThemes().themes;
+    const auto ties = ListTies();
+    if (!ties) return CouldNot(command.name, std::string(kTieFolder) + ": " + ties.reason());
+    const auto listing = UsersThemes();
+    if (!listing) return CouldNot(command.name, listing.reason());
     Json list = Json::array();
-    for (const Tie& tie : ListTies()) {
-        const auto theme = std::ranges::find(themes, tie.theme, &Theme::path);
+    for (const Tie& tie : ties->ties) {
+        const auto theme = std::ranges::find(listing->themes, tie.theme, &Theme::path);
         const bool tied = tie.theme != kNoTheme;
-        const bool there = tied && theme != themes.end();
+        const bool there = tied && theme != listing->themes.end();
         if (command.json)
             list.push_back({{"app", tie.app},
                             {"theme", there ? Json(theme->name) : Json(nullptr)},
@@ -40,20 +44,23 @@ int List(const Command& command) {
                   OneLineText(tie.theme) + "\n");
     }
     if (command.json) PrintJson(list);
-    return FinishOutput(command.name);
+    return std::max({FinishOutput(command.name), ComplainOfUnread(command, ties->unread),
+                     ComplainOfUnread(command, listing->unread)});
 }
 
 int SaveShownTheme(const Command& command, std::string_view theme) {
     CFPreferencesSetAppValue(kPerAppTheme, PropertyList::string(std::string(theme)), kSettingsDomain);
     NSUserDefaults::standardUserDefaults().synchronize();
-    return SettingsOutcome(command, {});
+    return SettingsOutcome(command);
 }
 
 // The screen shows the app that was chosen there last; its theme's row is to show the app's present tie.
-int FollowOnScreen(const Command& command) {
+int FollowOnScreen(const Command& command, std::string_view theme) {
     const auto shown = CFPreferencesCopyAppValue(kPerAppApp, kSettingsDomain);
+    if (const std::string why = CFPreferencesTakeMissedReading(kSettingsDomain); !why.empty())
+        return CouldNot(command.name, CFPreferencesPath(kSettingsDomain) + ": " + why);
     if (!shown || !shown->isString() || *shown->asString() != command.app) return kDone;
-    return SaveShownTheme(command, TieOf(command.app));
+    return SaveShownTheme(command, theme);
 }
 
 int Set(const Command& command) {
@@ -68,7 +75,7 @@ int Set(const Command& command) {
     }
     if (const auto tied = SetTie(command.app, theme); !tied)
         return CouldNot(command.name, std::string(kTieFolder) + command.app + ": " + tied.reason());
-    return FollowOnScreen(command);
+    return FollowOnScreen(command, theme);
 }
 
 int ClearAll(const Command& command) {
@@ -84,9 +91,12 @@ int Clear(const Command& command) {
     if (command.all) return ClearAll(command);
     if (const std::string why = WhyNoTieFile(command.app); !why.empty())
         return WrongWords(command.name, "'" + command.app + "': " + why);
-    if (const auto removed = RemoveTie(command.app); !removed)
-        return CouldNot(command.name, std::string(kTieFolder) + command.app + ": " + removed.reason());
-    return FollowOnScreen(command);
+    const auto removed = RemoveTie(command.app);
+    if (removed) return FollowOnScreen(command, kNoTheme);
+    Complain(command.name, std::string(kTieFolder) + command.app + ": " + removed.reason());
+    // A clearing that was cut short may have removed the file and not told the screen.
+    if (removed.number() == ENOENT) FollowOnScreen(command, kNoTheme);
+    return kFailed;
 }
 
 } // namespace

@@ -1,16 +1,15 @@
 #include "cli/Trace.h"
 
+#include "cli/Report.h"
 #include "corefoundation/CFNotificationCenter.h"
 #include "corefoundation/CFPreferences.h"
 #include "corefoundation/NSUserDefaults.h"
+#include "device/HostFile.h"
 #include "foundation/NSFileManager.h"
 #include "foundation/NSNotificationCenter.h"
 #include "preferences/PSListController.h"
 #include "uikit/UIAlertView.h"
 #include "uikit/UIApplication.h"
-
-#include <cerrno>
-#include <cstring>
 
 namespace tallyforge {
 
@@ -33,6 +32,7 @@ std::string valueText(const PropertyList& value) {
     return value.description();
 }
 
+constexpr const char* kStandardOutput = "-";
 constexpr std::string_view kPreferencesFolder = "/var/mobile/Library/Preferences/";
 
 std::string oneLine(std::string text) {
@@ -49,9 +49,11 @@ EffectTrace::~EffectTrace() {
 }
 
 Status EffectTrace::open(const std::string& file) {
-    out_ = file == "-" ? stdout : std::fopen(file.c_str(), "we");
-    if (!out_) return Error{file + ": " + std::strerror(errno)};
-
+    if (file != kStandardOutput) {
+        if (auto writable = ExpectHostFileWritable(file); !writable) return writable;
+    }
+    file_ = file;
+    open_ = true;
     CFPreferencesSetTrace({[this](std::string_view domain, std::string_view key, const PropertyList* value) {
                                note("set " + std::string(domain) + " " + std::string(key) + " " +
                                     (value ? valueText(*value) : "(removed)"));
@@ -75,7 +77,8 @@ Status EffectTrace::open(const std::string& file) {
 }
 
 Status EffectTrace::close() {
-    if (!out_) return Done{};
+    if (!open_) return Done{};
+    open_ = false;
     CFPreferencesSetTrace({});
     NSUserDefaults::standardUserDefaults().setTrace({});
     NSNotificationCenter::defaultCenter().setTrace({});
@@ -84,15 +87,18 @@ Status EffectTrace::close() {
     UIAlertView::setTrace({});
     UIApplication::sharedApplication().setTrace({});
     NSFileManager::defaultManager().setTrace({});
-    bool closed = out_ == stdout ? std::fflush(out_) == 0 : std::fclose(out_) == 0;
-    out_ = nullptr;
-    if (failed_ || !closed) return Error{"the trace could not be written whole"};
-    return Done{};
+    if (file_ == kStandardOutput) return Done{}; // its failures are told with those of all that is printed
+    const auto written =
+        WriteHostFile(file_, {reinterpret_cast<const uint8_t*>(lines_.data()), lines_.size()});
+    return written ? written : Error{"the trace could not be written whole: " + written.reason()};
 }
 
 void EffectTrace::note(const std::string& line) {
-    std::string text = oneLine(line) + "\n";
-    if (std::fwrite(text.data(), 1, text.size(), out_) != text.size()) failed_ = true;
+    const std::string text = oneLine(line) + "\n";
+    if (file_ == kStandardOutput)
+        Print(text);
+    else
+        lines_ += text;
 }
 
 } // namespace tallyforge

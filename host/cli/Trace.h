@@ -2,13 +2,13 @@
 
 #include "foundation/Result.h"
 
-#include <cstdio>
 #include <string>
 
 namespace tallyforge {
 
 /// Writes down every effect of the system in the order in which it happens, one a line, as long as it lives:
-/// values set, domains synchronised, notifications, reloaded rows, alerts, opened addresses, files.
+/// values set, domains synchronised, notifications, reloaded rows, alerts, opened addresses, files. On
+/// standard output they stand among what else is printed there; a file is written as a whole in the end.
 class EffectTrace {
   public:
     EffectTrace() = default;
@@ -16,15 +16,17 @@ class EffectTrace {
     EffectTrace(const EffectTrace&) = delete;
     EffectTrace& operator=(const EffectTrace&) = delete;
 
-    /// Begins to write into the file, or to standard output for "-".
+    /// Begins to note, for the file, or for standard output with "-". An error, and nothing is noted, when it
+    /// can be told already that the file cannot be written.
     Status open(const std::string& file);
-    /// An error when a line could not be written.
+    /// An error when the lines could not be written.
     Status close();
 
   private:
     void note(const std::string& line);
-    std::FILE* out_ = nullptr;
-    bool failed_ = false;
+    bool open_ = false;
+    std::string file_;
+    std::string lines_; ///< for the file
 };
 
 } // namespace tallyforge

@@ -11,7 +11,7 @@
 #include "mobileservices/UIAssetManager.h"
 #include "preferences/PSListController.h"
 #include "rastergraphics/RasterGraphics.h"
-#include "themes/SilentFailures.h"
+#include "settings/SilentFailures.h"
 #include "window/Display.h"
 #include "window/RunWindow.h"
 

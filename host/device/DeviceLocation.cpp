@@ -3,13 +3,30 @@
 #include "device/HostFile.h"
 #include "device/StockDevice.h"
 #include "foundation/DeviceRoot.h"
+#include "foundation/NSFileManager.h"
 
 #include <cstdlib>
+#include <string_view>
 #include <utility>
 
 namespace tallyforge {
 
 namespace {
+
+// Where the system saves: settings, themes, ties, the preview's configuration.
+constexpr std::string_view kSavedInto[] = {
+    "/var/mobile/Library/Preferences/",
+    "/var/mobile/Documents/Tallyforge/",
+    "/var/mobile/Documents/Tallyforge/PerAppThemes/",
+    "/var/mobile/Documents/Tallyforge/Config/",
+};
+
+// Those of the files saved that always have the same name; they may be links that lead elsewhere on the
+// device.
+constexpr std::string_view kSavedFiles[] = {
+    "/var/mobile/Library/Preferences/com.quillon.tallyforge.plist",
+    "/var/mobile/Documents/Tallyforge/Config/config.tfc",
+};
 
 std::filesystem::path StockFolder() {
     return ProgramPrefix() / "share" / "tallyforge" / "stock";
@@ -64,6 +81,10 @@ Status OpenDevice(const DeviceLocation& location, void (*warn)(const std::string
         return Error{location.folder.string() + ": no such folder"};
     if (auto set = DeviceRoot::set(location.folder.string()); !set)
         return Error{location.folder.string() + ": " + set.reason()};
+    for (const std::string_view folder : kSavedInto)
+        NSFileManager::defaultManager().removeUnfinishedInDirectory(folder);
+    for (const std::string_view file : kSavedFiles)
+        NSFileManager::defaultManager().removeUnfinishedBehindLink(file);
     return Done{};
 }
 

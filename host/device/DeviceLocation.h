@@ -30,7 +30,8 @@ std::filesystem::path ProgramPrefix();
 /// The stock device's file of that device path, as it came with the program; empty when there is none.
 std::vector<uint8_t> StockFile(const std::string& devicePath);
 
-/// Makes the device ready and says that it is the one: furnishes the program's own, and sets the device root.
+/// Makes the device ready and says that it is the one: furnishes the program's own, sets the device root, and
+/// removes what saves that were cut short have left there.
 /// What could not be furnished is told through `warn` and is no failure.
 Status OpenDevice(const DeviceLocation& location, void (*warn)(const std::string& line));
 

@@ -65,7 +65,7 @@ Result<ReachableDisplay> reachWayland(const std::string& display) {
     const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
         return ReachableDisplay{"wayland", nullptr};
-    return Error{"the Wayland display " + path + " cannot be reached: " + ReasonOfErrno(errno)};
+    return ErrorOfErrno(errno).during("the Wayland display " + path + " cannot be reached");
 }
 
 } // namespace

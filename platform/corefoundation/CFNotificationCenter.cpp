@@ -1,6 +1,7 @@
 #include "corefoundation/CFNotificationCenter.h"
 
 #include "corefoundation/SessionBus.h"
+#include "corefoundation/SignalSocket.h"
 
 #include <optional>
 #include <utility>
@@ -30,55 +31,39 @@ std::optional<SignalName> Divide(std::string_view name) {
 } // namespace
 
 struct CFNotificationCenter::Connection {
-    std::optional<SessionBus> bus;
-    SessionBus::Deadline leftAloneUntil{};
+    std::optional<SignalSocket> socket;
+    SignalSocket::Deadline leftAloneUntil{};
     std::string leftAloneAddress;
 
     void post(const SignalName& name);
-    bool connect(SessionBus::Deadline deadline);
-    int send(const SignalName& name, SessionBus::Deadline deadline);
+    SignalSocket::Outcome connect(SignalSocket::Deadline deadline);
     void leaveAlone();
 };
 
 /// Sends the signal, over a new connection when the old one turns out to be lost.
 void CFNotificationCenter::Connection::post(const SignalName& name) {
+    using Outcome = SignalSocket::Outcome;
+    if (!SignalSocket::areValidNames(name.interface, name.member))
+        return; // no signal can bear this name, so it is nobody's
     const auto deadline = std::chrono::steady_clock::now() + patience;
     for (int tries = 0; tries < 2; ++tries) {
-        const bool connected = bus.has_value();
-        if (!connected && !connect(deadline)) return;
-        const int sent = send(name, deadline);
-        if (sent > 0) return;
-        bus.reset();
-        if (sent == 0) leaveAlone();
-        if (sent == 0 || !connected) return;
+        const bool connected = socket.has_value();
+        Outcome outcome = connected ? Outcome::done : connect(deadline);
+        if (outcome == Outcome::done)
+            outcome = socket->send(darwinObjectPath, name.interface, name.member, deadline);
+        if (outcome == Outcome::done) return;
+        socket.reset();
+        if (outcome == Outcome::tookTooLong) leaveAlone();
+        if (outcome == Outcome::tookTooLong || !connected) return;
     }
 }
 
-bool CFNotificationCenter::Connection::connect(SessionBus::Deadline deadline) {
+SignalSocket::Outcome CFNotificationCenter::Connection::connect(SignalSocket::Deadline deadline) {
     const std::string address = SessionBus::address();
-    if (address.empty()) return false;
-    if (std::chrono::steady_clock::now() < leftAloneUntil && address == leftAloneAddress) return false;
-    bool mute = false;
-    auto connected = SessionBus::connect(address, deadline, mute);
-    if (mute) leaveAlone();
-    if (!connected) return false;
-    bus = std::move(*connected);
-    return true;
-}
-
-/// 1 when the signal has left the process, 0 when the bus took too long, -1 when the connection is lost.
-int CFNotificationCenter::Connection::send(const SignalName& name, SessionBus::Deadline deadline) {
-    const BusLibrary& library = bus->library();
-    if (!library.interfaceIsValid(name.interface.c_str()) || !library.memberIsValid(name.member.c_str()))
-        return 1; // no signal can bear this name, so it is nobody's
-    sd_bus_message* message = nullptr;
-    if (library.newSignal(bus->get(), &message, darwinObjectPath, name.interface.c_str(),
-                          name.member.c_str()) < 0)
-        return -1;
-    const int sent = library.send(bus->get(), message, nullptr);
-    library.unrefMessage(message);
-    if (sent < 0) return -1;
-    return bus->runUntil(deadline, [this] { return bus->everythingSent(); });
+    if (address.empty()) return SignalSocket::Outcome::lost;
+    if (std::chrono::steady_clock::now() < leftAloneUntil && address == leftAloneAddress)
+        return SignalSocket::Outcome::lost;
+    return SignalSocket::connect(address, deadline, socket);
 }
 
 void CFNotificationCenter::Connection::leaveAlone() {

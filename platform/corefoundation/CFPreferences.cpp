@@ -5,6 +5,7 @@
 #include "foundation/PropertyListFormat.h"
 #include "foundation/RegularFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <fcntl.h>
@@ -37,6 +38,8 @@ class Domain {
     const std::string& path() const { return path_; }
     const std::string& synchronizeFailure() const { return synchronizeFailure_; }
     const std::string& readFailure();
+    std::string takeMissedReading() { return std::exchange(missedReading_, {}); }
+    std::string takeKeptAside() { return std::exchange(keptAside_, {}); }
     bool hasPending() const { return !pending_.empty(); }
 
     std::optional<std::vector<std::string>> keys();
@@ -44,6 +47,8 @@ class Domain {
     /// All from one and the same version of the file.
     Dictionary values(const std::vector<std::string>& keys);
     void set(std::string_view key, Value value);
+    bool holds(std::string_view key, const PropertyList& value) const;
+    void insistOn(std::string_view key);
     bool synchronize();
 
   private:
@@ -52,10 +57,12 @@ class Domain {
         Value value;
     };
     void refresh();
+    bool areAllKeys(const std::vector<std::string>& keys) const;
     const Change* change(std::string_view key) const;
     const PropertyList* present(std::string_view key) const;
     Status save();
-    Result<std::vector<uint8_t>> edit(const NSFileManager::Present& present, bool& keepAside) const;
+    Result<std::vector<uint8_t>> edit(const NSFileManager::Present& present, std::string& damage);
+    Result<Dictionary> takeValuesOf(std::span<const uint8_t> bytes);
     bool onlyRemovals() const;
 
     std::string path_; // empty when the name is refused
@@ -65,7 +72,16 @@ class Domain {
     FileIdentity identity_;
     bool fileExists_ = false;
     Dictionary values_;
+    // What the last save wrote, or was to write, and what that reads as. Most often the next save finds these
+    // very bytes in the file, and need not parse them.
+    struct Written {
+        std::vector<uint8_t> bytes;
+        Dictionary values;
+    };
+    std::optional<Written> written_;
     std::string readFailure_;
+    std::string missedReading_;
+    std::string keptAside_;
     std::vector<Change> pending_; // in the order in which the keys were first set
     std::string synchronizeFailure_;
 };
@@ -88,19 +104,19 @@ const std::string& Domain::readFailure() {
 /// Reads the file again if it is another version than the one that was read last.
 void Domain::refresh() {
     if (path_.empty()) return;
-    FileDescriptor version(DeviceRoot::open(path_, O_PATH));
-    const int openFailure = version ? 0 : errno;
-    const FileIdentity identity = version ? IdentityOfDescriptor(version.get()) : FileIdentity{};
-    if (version && version_ && identity.exists() && identity == identity_) return;
-    version_ = std::move(version);
-    identity_ = identity;
+    if (version_) {
+        const FileDescriptor present(DeviceRoot::open(path_, O_PATH));
+        if (present && IdentityOfDescriptor(present.get()) == identity_) return;
+    }
     values_ = {};
     readFailure_.clear();
-    fileExists_ = openFailure != ENOENT && openFailure != ENOTDIR;
+    version_ = FileDescriptor(DeviceRoot::open(path_, O_RDONLY | O_NONBLOCK));
+    fileExists_ = version_ || (errno != ENOENT && errno != ENOTDIR);
     if (!fileExists_) return;
-    const auto bytes = NSFileManager::defaultManager().contentsAtPath(path_);
+    const auto bytes = version_ ? ReadRegularFile(version_.get(), PropertyListLimits{}.bytes, &identity_)
+                                : Result<std::vector<uint8_t>>(ErrorOfErrno(errno));
     if (!bytes) {
-        readFailure_ = bytes.reason();
+        readFailure_ = missedReading_ = bytes.reason();
         version_.reset(); // whatever stands in the way may be gone at the next look
         return;
     }
@@ -120,6 +136,7 @@ const Domain::Change* Domain::change(std::string_view key) const {
 std::optional<std::vector<std::string>> Domain::keys() {
     refresh();
     std::vector<std::string> keys;
+    keys.reserve(values_.count() + pending_.size());
     for (const auto& entry : values_) {
         const Change* changed = change(entry.key);
         if (!changed || changed->value) keys.push_back(entry.key);
@@ -140,9 +157,16 @@ Value Domain::value(std::string_view key) {
     return found ? Value(*found) : std::nullopt;
 }
 
+/// Whether these are the keys of the file, in its order, as whoever has just asked for them has them.
+bool Domain::areAllKeys(const std::vector<std::string>& keys) const {
+    return std::ranges::equal(keys, values_.entries(), {}, {}, &Dictionary::Entry::key);
+}
+
 Dictionary Domain::values(const std::vector<std::string>& keys) {
     refresh();
+    if (pending_.empty() && areAllKeys(keys)) return values_;
     Dictionary values;
+    values.reserve(keys.size());
     for (const auto& key : keys)
         if (const PropertyList* found = present(key)) values.setObjectForKey(*found, key);
     return values;
@@ -160,6 +184,16 @@ void Domain::set(std::string_view key, Value value) {
         return;
     }
     pending_.push_back({std::string(key), std::move(value)});
+}
+
+bool Domain::holds(std::string_view key, const PropertyList& value) const {
+    const PropertyList* held = present(key);
+    return held && *held == value;
+}
+
+void Domain::insistOn(std::string_view key) {
+    const PropertyList* held = present(key);
+    if (held && !change(key)) pending_.push_back({std::string(key), *held});
 }
 
 bool Domain::onlyRemovals() const {
@@ -181,26 +215,34 @@ Status Domain::save() {
     auto& files = NSFileManager::defaultManager();
     if (onlyRemovals() && !FileDescriptor(DeviceRoot::open(path_, O_PATH)) && errno == ENOENT)
         return Done{}; // nothing to remove from a domain that does not exist
-    const auto apply = [this](const NSFileManager::Present& present, bool& keepAside) {
-        return edit(present, keepAside);
+    std::string damage;
+    const auto apply = [&](const NSFileManager::Present& present, bool& keepAside) {
+        auto bytes = edit(present, damage);
+        keepAside = !damage.empty();
+        return bytes;
     };
     Status saved = files.rewriteFile(path_, apply);
-    if (saved || files.fileExistsAtPath(preferencesFolder)) return saved;
-    if (auto made = files.createDirectoryAtPath(preferencesFolder); !made)
-        return Error{"creating its folder: " + made.reason()};
-    return files.rewriteFile(path_, apply);
+    // By now somebody else may have made the folder that was missing.
+    if (!saved && (saved.number() == ENOENT || !files.fileExistsAtPath(preferencesFolder))) {
+        if (auto made = files.createDirectoryAtPath(preferencesFolder); !made)
+            return made.error().during("creating its folder");
+        saved = files.rewriteFile(path_, apply);
+    }
+    if (saved && !damage.empty()) keptAside_ = damage;
+    return saved;
 }
 
-/// The file's present contents with this process's changes, and nothing else, applied.
-Result<std::vector<uint8_t>> Domain::edit(const NSFileManager::Present& present, bool& keepAside) const {
+/// The file's present contents with this process's changes, and nothing else, applied. Contents that are no
+/// domain count as none; `damage` says why they are none.
+Result<std::vector<uint8_t>> Domain::edit(const NSFileManager::Present& present, std::string& damage) {
     if (!present.unreadable.empty()) return Error{"reading the old file: " + present.unreadable};
     Dictionary values;
     if (present.exists) {
-        auto parsed = ParseDomain(present.bytes);
+        auto parsed = takeValuesOf(present.bytes);
         if (parsed)
             values = std::move(*parsed);
         else
-            keepAside = true;
+            damage = parsed.reason();
     }
     for (const auto& change : pending_) {
         if (change.value)
@@ -210,9 +252,17 @@ Result<std::vector<uint8_t>> Domain::edit(const NSFileManager::Present& present,
     }
     auto bytes = BinaryPropertyList::Serialize(PropertyList::dictionary(std::move(values)));
     // A domain that could not be read back would be lost to everybody.
-    if (const auto readable = ParseDomain(bytes); !readable)
-        return Error{"the domain would be unreadable: " + readable.reason()};
+    auto readable = ParseDomain(bytes);
+    if (!readable) return Error{"the domain would be unreadable: " + readable.reason()};
+    written_ = Written{bytes, std::move(*readable)};
     return bytes;
+}
+
+/// What the bytes read as. If it is known from the last save, it is taken from there.
+Result<Dictionary> Domain::takeValuesOf(std::span<const uint8_t> bytes) {
+    auto written = std::exchange(written_, std::nullopt);
+    if (written && std::ranges::equal(bytes, written->bytes)) return std::move(written->values);
+    return ParseDomain(bytes);
 }
 
 struct Store {
@@ -256,10 +306,18 @@ void CFPreferencesSetAppValue(std::string_view key, std::optional<PropertyList> 
 
 void CFPreferencesSetMultiple(const Dictionary& keysToSet, const std::vector<std::string>& keysToRemove,
                               std::string_view domain, CFPreferencesUser, CFPreferencesHost) {
-    for (const auto& entry : keysToSet)
-        CFPreferencesSetAppValue(entry.key, entry.value, domain);
+    for (const auto& entry : keysToSet) {
+        if (const auto& heard = TheStore().trace.set) heard(domain, entry.key, &entry.value);
+        Domain& changed = DomainNamed(domain);
+        if (!entry.key.empty() && !changed.holds(entry.key, entry.value)) changed.set(entry.key, entry.value);
+    }
     for (const auto& key : keysToRemove)
         CFPreferencesSetAppValue(key, std::nullopt, domain);
+}
+
+void CFPreferencesInsistOn(const std::vector<std::string>& keys, std::string_view domain) {
+    for (const std::string& key : keys)
+        DomainNamed(domain).insistOn(key);
 }
 
 bool CFPreferencesAppSynchronize(std::string_view domain) {
@@ -280,6 +338,14 @@ std::string CFPreferencesSynchronizeFailure(std::string_view domain) {
 
 std::string CFPreferencesReadFailure(std::string_view domain) {
     return DomainNamed(domain).readFailure();
+}
+
+std::string CFPreferencesTakeMissedReading(std::string_view domain) {
+    return DomainNamed(domain).takeMissedReading();
+}
+
+std::string CFPreferencesTakeKeptAside(std::string_view domain) {
+    return DomainNamed(domain).takeKeptAside();
 }
 
 std::string CFPreferencesPath(std::string_view domain) {

@@ -33,9 +33,13 @@ std::optional<PropertyList> CFPreferencesCopyAppValue(std::string_view key, std:
 /// processes at the next synchronise.
 void CFPreferencesSetAppValue(std::string_view key, std::optional<PropertyList> value,
                               std::string_view domain);
-/// Sets, then removes.
+/// Sets, then removes. A value that the domain has already, as far as this process knows, is no change: what
+/// another process has made of it meanwhile stays.
 void CFPreferencesSetMultiple(const Dictionary& keysToSet, const std::vector<std::string>& keysToRemove,
                               std::string_view domain, CFPreferencesUser, CFPreferencesHost);
+/// The keys' present values are written at the next synchronise even if the file holds them already: they win
+/// over what another process writes until then.
+void CFPreferencesInsistOn(const std::vector<std::string>& keys, std::string_view domain);
 /// True when everything set before is durably in the file. After a failure the values stay pending.
 bool CFPreferencesAppSynchronize(std::string_view domain);
 
@@ -43,6 +47,11 @@ bool CFPreferencesAppSynchronize(std::string_view domain);
 std::string CFPreferencesSynchronizeFailure(std::string_view domain);
 /// Why the domain's file cannot be read as a domain (it then reads as empty); empty when it can or is absent.
 std::string CFPreferencesReadFailure(std::string_view domain);
+/// Why the domain's file was there and yet could not be read, at any look since this was last asked; empty
+/// when every look succeeded, though what the file holds may be no domain.
+std::string CFPreferencesTakeMissedReading(std::string_view domain);
+/// Why a synchronise since this was last asked kept the old file aside (it could not be parsed); else empty.
+std::string CFPreferencesTakeKeptAside(std::string_view domain);
 /// The device path of the domain's file.
 std::string CFPreferencesPath(std::string_view domain);
 /// Whether this process has set keys that are not yet synchronised.

@@ -41,8 +41,7 @@ int DarwinNotificationListener::Connection::tell(sd_bus_message* message, void* 
 Result<std::unique_ptr<DarwinNotificationListener>>
 DarwinNotificationListener::create(std::function<void(std::string_view)> heard) {
     const auto deadline = std::chrono::steady_clock::now() + patience;
-    bool mute = false;
-    auto bus = SessionBus::connect(SessionBus::address(), deadline, mute);
+    auto bus = SessionBus::connect(SessionBus::address(), deadline);
     if (!bus) return bus.error();
     auto connection = std::make_unique<Connection>();
     connection->bus = std::move(*bus);

@@ -23,15 +23,10 @@ bool FindAll(void* library, BusLibrary& table) {
            Find(library, "sd_bus_start", table.start) && Find(library, "sd_bus_is_ready", table.isReady) &&
            Find(library, "sd_bus_process", table.process) && Find(library, "sd_bus_wait", table.wait) &&
            Find(library, "sd_bus_get_fd", table.fileDescriptor) &&
-           Find(library, "sd_bus_get_n_queued_write", table.queuedWrites) &&
            Find(library, "sd_bus_close", table.close) && Find(library, "sd_bus_unref", table.unref) &&
-           Find(library, "sd_bus_add_match", table.addMatch) && Find(library, "sd_bus_send", table.send) &&
-           Find(library, "sd_bus_message_new_signal", table.newSignal) &&
-           Find(library, "sd_bus_message_unref", table.unrefMessage) &&
+           Find(library, "sd_bus_add_match", table.addMatch) &&
            Find(library, "sd_bus_message_get_interface", table.messageInterface) &&
-           Find(library, "sd_bus_message_get_member", table.messageMember) &&
-           Find(library, "sd_bus_interface_name_is_valid", table.interfaceIsValid) &&
-           Find(library, "sd_bus_member_name_is_valid", table.memberIsValid);
+           Find(library, "sd_bus_message_get_member", table.messageMember);
 }
 
 /// A path as it is written in a bus address: all but these characters as %XX.
@@ -84,8 +79,7 @@ std::string SessionBus::address() {
     return "unix:path=" + EscapedForAddress(socket);
 }
 
-Result<SessionBus> SessionBus::connect(const std::string& address, Deadline deadline, bool& mute) {
-    mute = false;
+Result<SessionBus> SessionBus::connect(const std::string& address, Deadline deadline) {
     if (address.empty())
         return Error{"no session bus (neither DBUS_SESSION_BUS_ADDRESS nor a bus in XDG_RUNTIME_DIR)"};
     SessionBus session;
@@ -101,7 +95,6 @@ Result<SessionBus> SessionBus::connect(const std::string& address, Deadline dead
         return Error{"the session bus: its address is not usable"};
     if (library.start(bus) < 0) return Error{"the session bus: nobody answers at its address"};
     const int ready = session.runUntil(deadline, [&] { return library.isReady(bus) > 0; });
-    mute = ready == 0;
     if (ready == 0) return Error{"the session bus: no answer in time"};
     if (ready < 0) return Error{"the session bus: it refused the connection"};
     return session;
@@ -119,11 +112,6 @@ int SessionBus::runUntil(Deadline deadline, const std::function<bool()>& conditi
         if (waited < 0) return -1;
         if (waited == 0 && MicrosecondsUntil(deadline) == 0) return 0;
     }
-}
-
-bool SessionBus::everythingSent() const {
-    uint64_t queued = 0;
-    return library_->queuedWrites(bus_.get(), &queued) >= 0 && queued == 0;
 }
 
 } // namespace tallyforge

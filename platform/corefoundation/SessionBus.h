@@ -24,17 +24,11 @@ struct BusLibrary {
     decltype(&sd_bus_process) process;
     decltype(&sd_bus_wait) wait;
     decltype(&sd_bus_get_fd) fileDescriptor;
-    decltype(&sd_bus_get_n_queued_write) queuedWrites;
     decltype(&sd_bus_close) close;
     decltype(&sd_bus_unref) unref;
     decltype(&sd_bus_add_match) addMatch;
-    decltype(&sd_bus_send) send;
-    decltype(&sd_bus_message_new_signal) newSignal;
-    decltype(&sd_bus_message_unref) unrefMessage;
     decltype(&sd_bus_message_get_interface) messageInterface;
     decltype(&sd_bus_message_get_member) messageMember;
-    decltype(&sd_bus_interface_name_is_valid) interfaceIsValid;
-    decltype(&sd_bus_member_name_is_valid) memberIsValid;
 
     /// nullptr when the library, or one of the functions, is not on this machine.
     static const BusLibrary* load();
@@ -47,13 +41,12 @@ class SessionBus {
 
     /// The address of the session bus; empty when there is none.
     static std::string address();
-    /// Connected and greeted, or why not; `mute` tells whether it was the bus that gave no answer in time.
-    static Result<SessionBus> connect(const std::string& address, Deadline deadline, bool& mute);
+    /// Connected and greeted, or why not.
+    static Result<SessionBus> connect(const std::string& address, Deadline deadline);
 
     /// Handles what comes and goes until the condition holds: 1; the time is up: 0; the connection is
     /// lost: -1; a signal came in between: 0.
     int runUntil(Deadline deadline, const std::function<bool()>& condition);
-    bool everythingSent() const;
     sd_bus* get() const { return bus_.get(); }
     const BusLibrary& library() const { return *library_; }
 

@@ -30,6 +30,7 @@ uint64_t BigEndian(const uint8_t* bytes, size_t size) {
 /// Walks over one file in place. It gives up at whatever it does not know for sure that the unarchiver takes.
 class Walk {
   public:
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): see the arrays
     explicit Walk(std::span<const uint8_t> bytes) : bytes_(bytes) {}
     bool run(std::string_view key);
     std::optional<std::string> text() const;
@@ -71,12 +72,16 @@ class Walk {
     }
     uint64_t indexOfUID(uint64_t object) const {
         const uint8_t* at = locate(object);
-        if (!at || (*at & 0xF8) != kUID) return 0;
+        if (!at) return 0;
+        if (*at == kUID && end_ - at > 1)
+            return at[1] < objects_.count ? at[1] : 0; // of one byte, as most are
+        if ((*at & 0xF8) != kUID) return 0;
         const size_t size = size_t{*at & 0x07U} + 1;
         if (size >= static_cast<size_t>(end_ - at)) return 0;
         const uint64_t index = BigEndian(at + 1, size);
         return index < objects_.count ? index : 0;
     }
+    bool shortText(uint64_t object, std::string_view& text) const;
     bool checkObjects(uint64_t root);
     bool checkClass(const Item& record);
     bool isDictionaryClass(const Item& uid);
@@ -85,11 +90,11 @@ class Walk {
         return (markers_[name] & 0xF0) == kASCIIText && (markers_[value] & 0xF0) != kDictionary;
     }
     bool isText(uint64_t index, std::string_view text) {
-        // The length stands in the marker, or where that is full, after it.
-        const size_t length = markers_[index] & 0x0FU;
+        const uint64_t object = reference(objects_, index);
+        std::string_view own;
+        if (shortText(object, own)) return own == text;
         Item each;
-        return (markers_[index] & 0xF0U) == kASCIIText && (length == text.size() || length == 15) &&
-               item(reference(objects_, index), each) && each.ascii() == text;
+        return (markers_[index] & 0xF0U) == kASCIIText && item(object, each) && each.ascii() == text;
     }
     bool checkRoot(const Item& root, std::string_view key);
 
@@ -97,8 +102,10 @@ class Walk {
     const uint8_t* end_ = nullptr; // of the objects
     size_t offsetSize_ = 0, referenceSize_ = 0, references_ = 0;
     uint64_t count_ = 0, top_ = 0;
-    std::array<uint16_t, kMostObjects> offsets_{};   // of all objects of the file
-    std::array<uint8_t, kMostReferences> markers_{}; // of the archive's objects
+    // Not cleared, for that would cost as much as filling them: only the first `count_` are of any meaning,
+    std::array<uint16_t, kMostObjects> offsets_; // of all objects of the file
+    // and of these only as many as the archive has objects.
+    std::array<uint8_t, kMostReferences> markers_;
     Item objects_;
     Item found_;
 };
@@ -122,14 +129,16 @@ bool Walk::readTrailer() {
 }
 
 bool Walk::readOffsets(uint64_t table) {
-    if (count_ > kMostObjects) return false;
-    const uint8_t* at = end_;
-    for (size_t i = 0; i < count_; ++i, at += offsetSize_) {
-        const uint64_t offset = BigEndian(at, offsetSize_);
-        if (offset < kHeaderSize || offset >= table) return false;
-        offsets_[i] = static_cast<uint16_t>(offset);
-    }
-    return true;
+    if (count_ == 0 || count_ > kMostObjects) return false;
+    for (size_t i = 0; i < count_; ++i)
+        offsets_[i] =
+            offsetSize_ == 1 ? uint16_t{end_[i]} : static_cast<uint16_t>(end_[2 * i] << 8 | end_[2 * i + 1]);
+    // Without a way out of the loop, so that it takes many at once. What is too small becomes very large.
+    const auto most = static_cast<uint16_t>(table - kHeaderSize);
+    uint16_t outside = 0;
+    for (size_t i = 0; i < count_; ++i)
+        outside |= static_cast<uint16_t>(offsets_[i] - kHeaderSize) >= most ? 1 : 0;
+    return outside == 0;
 }
 
 bool Walk::itemOfSize(Item& out, size_t size) const {
@@ -211,12 +220,33 @@ bool Walk::checkClass(const Item& record) {
     return true;
 }
 
+// Whether the object is text of less than 256 characters of one byte, as most are; they may not all be ASCII.
+bool Walk::shortText(uint64_t object, std::string_view& text) const {
+    const uint8_t* at = locate(object);
+    if (!at || (*at & 0xF0) != kASCIIText) return false;
+    size_t length = *at++ & 0x0F;
+    if (length == 0x0F) {
+        if (end_ - at < 2 || *at != kInteger) return false;
+        length = at[1];
+        at += 2;
+    }
+    text = {reinterpret_cast<const char*>(at), length};
+    return length <= static_cast<size_t>(end_ - at);
+}
+
 // Whatever is in the archive has to be whole, whether or not the root leads there.
 bool Walk::checkObjects(uint64_t root) {
     for (size_t i = 0; i < objects_.count; ++i) {
+        const uint64_t object = reference(objects_, i);
+        std::string_view text;
+        if (shortText(object, text)) {
+            if (!IsASCII(text.data(), text.size())) return false;
+            markers_[i] = *locate(object);
+            continue;
+        }
         Item each;
-        if (!item(reference(objects_, i), each)) return false;
-        markers_[i] = *locate(reference(objects_, i));
+        if (!item(object, each)) return false;
+        markers_[i] = *locate(object);
         if (i == root) continue;
         if (each.kind == kDictionary ? !checkClass(each) : !each.isLeaf()) return false;
     }

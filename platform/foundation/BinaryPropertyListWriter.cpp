@@ -2,7 +2,10 @@
 #include "foundation/PropertyListFormat.h"
 #include "foundation/UTFText.h"
 
+#include <array>
 #include <bit>
+#include <cstddef>
+#include <memory_resource>
 #include <string_view>
 #include <unordered_map>
 
@@ -53,9 +56,12 @@ class Writer {
 
     std::vector<Object> objects_;
     std::vector<uint32_t> references_;
-    std::unordered_map<std::string_view, uint32_t> texts_;
-    std::unordered_map<std::string_view, uint32_t> data_;
-    std::unordered_map<Scalar, uint32_t, ScalarHash> scalars_;
+    // Before the tables, which lie in it and are thrown away all at once; enough for those of a theme.
+    std::array<std::byte, 16'384> near_;
+    std::pmr::monotonic_buffer_resource memory_{near_.data(), near_.size()};
+    std::pmr::unordered_map<std::string_view, uint32_t> texts_{&memory_};
+    std::pmr::unordered_map<std::string_view, uint32_t> data_{&memory_};
+    std::pmr::unordered_map<Scalar, uint32_t, ScalarHash> scalars_{&memory_};
     size_t referenceSize_ = 1;
     std::vector<uint8_t> out_;
 };
@@ -128,8 +134,10 @@ uint32_t Writer::number(const PropertyList& value) {
 }
 
 void Writer::writeBigEndian(uint64_t value, size_t size) {
-    for (size_t i = size; i-- > 0;)
-        out_.push_back(static_cast<uint8_t>(value >> (8 * i)));
+    std::array<uint8_t, 8> bytes{};
+    for (size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<uint8_t>(value >> 8 * (7 - i));
+    out_.insert(out_.end(), bytes.end() - static_cast<ptrdiff_t>(size), bytes.end());
 }
 
 void Writer::writeInteger(uint64_t bits, bool negative, bool large) {
@@ -228,6 +236,12 @@ void Writer::writeObject(const Object& object) {
 }
 
 std::vector<uint8_t> Writer::write(const PropertyList& root) {
+    // As much as a theme takes.
+    objects_.reserve(256);
+    references_.reserve(512);
+    texts_.reserve(128);
+    scalars_.reserve(128);
+    out_.reserve(4096);
     number(root);
     referenceSize_ = SmallestSize(objects_.size());
     out_.assign({'b', 'p', 'l', 'i', 's', 't', '0', '0'});
@@ -253,7 +267,8 @@ std::vector<uint8_t> Writer::write(const PropertyList& root) {
 } // namespace
 
 std::vector<uint8_t> BinaryPropertyList::Serialize(const PropertyList& value) {
-    return Writer().write(value);
+    Writer writer; // not Writer(), which would clear the memory of the tables first
+    return writer.write(value);
 }
 
 } // namespace tallyforge

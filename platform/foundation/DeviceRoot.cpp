@@ -88,9 +88,9 @@ class Walk {
 } // namespace
 
 Status DeviceRoot::set(const std::string& hostFolder) {
-    if (hostFolder.find('\0') != std::string::npos) return Error{ReasonOfErrno(EINVAL)};
+    if (hostFolder.find('\0') != std::string::npos) return ErrorOfErrno(EINVAL);
     FileDescriptor descriptor(::open(hostFolder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (!descriptor) return Error{errno == ENOTDIR ? "not a folder" : ReasonOfErrno(errno)};
+    if (!descriptor) return errno == ENOTDIR ? Error{"not a folder", ENOTDIR} : ErrorOfErrno(errno);
     TheRoot() = {hostFolder, std::move(descriptor)};
     return Done{};
 }

@@ -1,6 +1,7 @@
 #include "foundation/DurableFile.h"
 
 #include "foundation/DeviceRoot.h"
+#include "foundation/NameBeside.h"
 #include "foundation/RegularFile.h"
 
 #include <array>
@@ -15,45 +16,33 @@ namespace tallyforge {
 
 namespace {
 
+// A locked folder has one writer, so one name serves for all its files; and what a writer that was cut short
+// left behind is found at once.
+constexpr std::string_view kUnfinishedFile = kUnfinishedSuffix;
+constexpr std::string_view kUnfinishedCopy = ".tallyforge-copy";
+
 constexpr int newFileFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY;
 constexpr int oldFileFlags = O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY;
 
+// How many links a file's path may lead through.
+constexpr int kMostLinks = 40;
+
 Error Failure(const std::string& step, int number = errno) {
-    return Error{step + ": " + ReasonOfErrno(number)};
+    return ErrorOfErrno(number).during(step);
 }
 
-uint64_t FNV1a(std::string_view text) {
-    uint64_t hash = 0xCBF29CE484222325u;
-    for (const char c : text)
-        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3u;
-    return hash;
+std::string FolderOf(const std::string& path) {
+    return path.substr(0, path.rfind('/') + 1);
 }
 
-/// prefix + name + suffix, the name shortened to its beginning and a hash where the whole would be too long.
-std::string NameBeside(std::string_view prefix, std::string_view name, std::string_view suffix) {
-    std::string middle(name);
-    if (prefix.size() + name.size() + suffix.size() > NAME_MAX) {
-        constexpr std::string_view digits = "0123456789abcdef";
-        const uint64_t value = FNV1a(name);
-        std::string hash = "-";
-        for (int shift = 60; shift >= 0; shift -= 4)
-            hash += digits[value >> shift & 15];
-        size_t kept = NAME_MAX - prefix.size() - suffix.size() - hash.size();
-        while (kept > 0 && (static_cast<unsigned char>(name[kept]) & 0xC0) == 0x80)
-            --kept; // not in the middle of a character
-        middle = std::string(name.substr(0, kept)) + hash;
-    }
-    return std::string(prefix) + middle + std::string(suffix);
-}
-
-Status WriteAll(int descriptor, std::span<const uint8_t> bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = write(descriptor, bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) return Failure("writing the temporary file");
-        bytes = bytes.subspan(static_cast<size_t>(written));
-    }
-    return Done{};
+/// Where the symbolic link leads that stands under the name in the folder, or is the "folder" itself with an
+/// empty name; `path` is its own.
+Result<std::string> PathBehindLink(int folder, const char* name, const std::string& path) {
+    std::array<char, PATH_MAX> text{};
+    const ssize_t length = readlinkat(folder, name, text.data(), text.size());
+    if (length <= 0) return Failure("reading the symbolic link", length < 0 ? errno : ENOENT);
+    const std::string target(text.data(), static_cast<size_t>(length));
+    return target.front() == '/' ? target : FolderOf(path) + target;
 }
 
 } // namespace
@@ -69,25 +58,65 @@ Result<DurableFile> DurableFile::lockAndRead(std::string_view devicePath, size_t
 }
 
 Result<DurableFile> DurableFile::lockFollowing(std::string path, const Reading* reading) {
-    for (int links = 0; links <= 40; ++links) {
+    for (int links = 0; links <= kMostLinks; ++links) {
         DurableFile file;
         if (auto locked = file.lockFolder(path); !locked) return locked.error();
         if (auto looked = file.look(reading); !looked) return looked.error();
         if (!file.isLink_) return file;
-        const auto text = file.linkText();
-        if (!text) return text.error();
-        const std::string folder = path.substr(0, path.rfind('/') + 1);
-        path = text->front() == '/' ? *text : folder + *text;
+        auto behind = PathBehindLink(file.folder_.get(), file.name_.c_str(), path);
+        if (!behind) return behind.error();
+        path = std::move(*behind);
     }
-    return Error{ReasonOfErrno(ELOOP)};
+    return ErrorOfErrno(ELOOP);
+}
+
+Result<DurableFile> DurableFile::lockPlace(std::string_view devicePath) {
+    DurableFile file;
+    if (auto locked = file.lockFolder(std::string(devicePath)); !locked) return locked.error();
+    struct stat status {};
+    if (fstatat(file.folder_.get(), file.name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (errno != ENOENT) return Failure("examining the old file");
+        return file;
+    }
+    if (S_ISDIR(status.st_mode)) return ErrorOfErrno(EISDIR);
+    file.exists_ = true;
+    return file;
+}
+
+void DurableFile::removeUnfinished(std::string_view folder) {
+    for (const std::string_view name : {kUnfinishedFile, kUnfinishedCopy}) {
+        const std::string path = std::string(folder).append(name);
+        if (!FileDescriptor(DeviceRoot::open(path, O_PATH | O_NOFOLLOW))) continue;
+        const FileDescriptor locked(DeviceRoot::open(folder, O_RDONLY | O_DIRECTORY));
+        // Whoever holds the lock is saving at this moment, and clears away what was left behind.
+        if (!locked || flock(locked.get(), LOCK_EX | LOCK_NB) != 0) return;
+        unlinkat(locked.get(), std::string(name).c_str(), 0);
+    }
+}
+
+void DurableFile::removeUnfinishedBehindLink(std::string_view devicePath) {
+    std::string path(devicePath);
+    for (int links = 0; links <= kMostLinks; ++links) {
+        const FileDescriptor link(DeviceRoot::open(path, O_PATH | O_NOFOLLOW));
+        auto behind = link ? PathBehindLink(link.get(), "", path) : Result<std::string>(Failure("looking"));
+        if (!behind) {
+            if (links > 0) removeUnfinished(FolderOf(path));
+            return;
+        }
+        path = std::move(*behind);
+    }
+}
+
+bool DurableFile::isUnfinished(std::string_view name) {
+    return name == kUnfinishedFile || name == kUnfinishedCopy;
 }
 
 Status DurableFile::lockFolder(const std::string& path) {
     const size_t slash = path.rfind('/');
-    if (slash == std::string::npos || path.find('\0') != std::string::npos)
-        return Error{ReasonOfErrno(EINVAL)};
+    if (slash == std::string::npos || path.find('\0') != std::string::npos) return ErrorOfErrno(EINVAL);
     name_ = path.substr(slash + 1);
-    if (name_.empty() || name_ == "." || name_ == "..") return Error{ReasonOfErrno(EISDIR)};
+    if (name_.empty() || name_ == "." || name_ == "..") return ErrorOfErrno(EISDIR);
+    if (isUnfinished(name_)) return ErrorOfErrno(EINVAL);
     folder_ = FileDescriptor(DeviceRoot::open(path.substr(0, slash + 1), O_RDONLY | O_DIRECTORY));
     if (!folder_) return Failure("opening its folder");
     while (flock(folder_.get(), LOCK_EX) != 0)
@@ -108,8 +137,9 @@ Status DurableFile::look(const Reading* reading) {
     }
     struct stat status {};
     if (fstat(old.get(), &status) != 0) return Failure("examining the old file");
-    if (auto why = WhyNotRegular(status.st_mode); !why.empty()) return Error{std::move(why)};
+    if (auto regular = ExpectRegular(status.st_mode); !regular) return regular;
     exists_ = true;
+    keeps_ = true;
     mode_ = status.st_mode & 07777;
     owner_ = status.st_uid;
     group_ = status.st_gid;
@@ -131,24 +161,18 @@ Status DurableFile::examine() {
         isLink_ = true;
         return Done{};
     }
-    if (auto why = WhyNotRegular(status.st_mode); !why.empty()) return Error{std::move(why)};
+    if (auto regular = ExpectRegular(status.st_mode); !regular) return regular;
     exists_ = true;
+    keeps_ = true;
     mode_ = status.st_mode & 07777;
     owner_ = status.st_uid;
     group_ = status.st_gid;
     return Done{};
 }
 
-Result<std::string> DurableFile::linkText() const {
-    std::array<char, PATH_MAX> text{};
-    const ssize_t length = readlinkat(folder_.get(), name_.c_str(), text.data(), text.size());
-    if (length <= 0) return Failure("reading the symbolic link", length < 0 ? errno : ENOENT);
-    return std::string(text.data(), static_cast<size_t>(length));
-}
-
 Status DurableFile::replace(std::span<const uint8_t> bytes, bool keepAside) {
     const int folder = folder_.get();
-    const std::string temporary = NameBeside(".", name_, ".tallyforge-new");
+    const std::string temporary(kUnfinishedFile);
     if (auto written = writeTemporary(temporary, bytes); !written) return written;
     std::string aside;
     if (keepAside && exists_) {
@@ -173,7 +197,7 @@ Status DurableFile::replace(std::span<const uint8_t> bytes, bool keepAside) {
 /// Leaves a synced temporary file with the old file's owner and mode, or nothing.
 Status DurableFile::writeTemporary(const std::string& temporary, std::span<const uint8_t> bytes) const {
     const int folder = folder_.get();
-    const unsigned mode = exists_ ? mode_ & 0777 : 0644;
+    const unsigned mode = keeps_ ? mode_ & 0777 : 0644;
     FileDescriptor file(openat(folder, temporary.c_str(), newFileFlags, mode));
     if (!file && errno == EEXIST) {
         // Left behind by a writer that was cut short: nobody else is here while the folder is locked.
@@ -181,7 +205,7 @@ Status DurableFile::writeTemporary(const std::string& temporary, std::span<const
         file = FileDescriptor(openat(folder, temporary.c_str(), newFileFlags, mode));
     }
     if (!file) return Failure("creating the temporary file");
-    Status outcome = WriteAll(file.get(), bytes);
+    Status outcome = WriteAll(file.get(), bytes) ? Status(Done{}) : Failure("writing the temporary file");
     if (outcome) outcome = matchOwnerAndMode(file.get());
     // A failed sync may have dropped the pages: this descriptor's data is lost, trying again would only lie.
     if (outcome && fsync(file.get()) != 0) outcome = Failure("syncing the temporary file");
@@ -193,11 +217,10 @@ Status DurableFile::matchOwnerAndMode(int descriptor) const {
     struct stat made {};
     if (fstat(descriptor, &made) != 0) return Failure("examining the temporary file");
     // Owner first: changing it clears the set-id bits.
-    if (exists_ && (made.st_uid != owner_ || made.st_gid != group_) &&
-        fchown(descriptor, owner_, group_) != 0)
+    if (keeps_ && (made.st_uid != owner_ || made.st_gid != group_) && fchown(descriptor, owner_, group_) != 0)
         return Failure("keeping the owner");
-    const unsigned wanted = exists_ ? mode_ : 0644;
-    const bool ownerChanged = exists_ && (made.st_uid != owner_ || made.st_gid != group_);
+    const unsigned wanted = keeps_ ? mode_ : 0644;
+    const bool ownerChanged = keeps_ && (made.st_uid != owner_ || made.st_gid != group_);
     if (((made.st_mode & 07777) != wanted || ownerChanged) && fchmod(descriptor, wanted) != 0)
         return Failure("keeping the mode");
     return Done{};
@@ -212,10 +235,14 @@ Result<std::string> DurableFile::keepOldAside() const {
         std::string aside = NameBeside("", name_, ending);
         Status kept = Done{};
         if (linkat(folder, name_.c_str(), folder, aside.c_str(), 0) != 0) {
-            if (errno == EEXIST) continue;
-            // EPERM, EOPNOTSUPP, EMLINK: a file system without hard links, or one that refuses this one.
-            if (errno != EPERM && errno != EOPNOTSUPP && errno != EMLINK)
-                return Failure("keeping the old file aside");
+            const int failure = errno;
+            if (failure == EEXIST) {
+                if (!isTheOldFile(aside)) continue;
+                return aside; // by a save that was cut short before the renaming
+            }
+            // A file system without hard links, or one that refuses this one.
+            if (failure != EPERM && failure != EOPNOTSUPP && failure != EMLINK)
+                return Failure("keeping the old file aside", failure);
             struct stat taken {};
             if (fstatat(folder, aside.c_str(), &taken, AT_SYMLINK_NOFOLLOW) == 0) continue;
             kept = copyOldTo(aside);
@@ -230,20 +257,28 @@ Result<std::string> DurableFile::keepOldAside() const {
     return Error{"keeping the old file aside: too many are kept already"};
 }
 
+bool DurableFile::isTheOldFile(const std::string& name) const {
+    struct stat old {
+    }, other{};
+    const int folder = folder_.get();
+    return fstatat(folder, name_.c_str(), &old, AT_SYMLINK_NOFOLLOW) == 0 &&
+           fstatat(folder, name.c_str(), &other, AT_SYMLINK_NOFOLLOW) == 0 && old.st_dev == other.st_dev &&
+           old.st_ino == other.st_ino;
+}
+
 Status DurableFile::copyOldTo(const std::string& aside) const {
-    constexpr std::string_view step = "keeping a copy of the old file";
-    const FileDescriptor old(openat(folder_.get(), name_.c_str(), oldFileFlags));
-    if (!old) return Failure(std::string(step));
-    auto bytes = ReadRegularFile(old.get(), SIZE_MAX - 1);
-    if (!bytes) return Error{std::string(step) + ": " + bytes.reason()};
-    const FileDescriptor copy(openat(folder_.get(), aside.c_str(), newFileFlags, mode_ & 0777));
-    if (!copy) return Failure(std::string(step));
-    Status outcome = WriteAll(copy.get(), *bytes);
-    if (outcome) outcome = matchOwnerAndMode(copy.get());
-    if (outcome && fsync(copy.get()) != 0) outcome = Failure("syncing the copy");
-    if (outcome) return outcome;
-    unlinkat(folder_.get(), aside.c_str(), 0);
-    return Error{std::string(step) + ": " + outcome.reason()};
+    const std::string step = "keeping a copy of the old file";
+    const int folder = folder_.get();
+    const FileDescriptor old(openat(folder, name_.c_str(), oldFileFlags));
+    if (!old) return Failure(step);
+    const auto bytes = ReadRegularFile(old.get(), SIZE_MAX - 1);
+    if (!bytes) return bytes.error().during(step);
+    const std::string copy(kUnfinishedCopy);
+    if (auto written = writeTemporary(copy, *bytes); !written) return written.error().during(step);
+    if (renameat(folder, copy.c_str(), folder, aside.c_str()) == 0) return Done{};
+    const Error failure = Failure(step);
+    unlinkat(folder, copy.c_str(), 0);
+    return failure;
 }
 
 } // namespace tallyforge

@@ -47,6 +47,10 @@ std::string ReasonOfErrno(int number) {
     return text;
 }
 
+Error ErrorOfErrno(int number) {
+    return {ReasonOfErrno(number), number};
+}
+
 std::string LargerThan(size_t bytes) {
     constexpr size_t mebibyte = size_t{1} << 20;
     if (bytes >= mebibyte && bytes % mebibyte == 0)

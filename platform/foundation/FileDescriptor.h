@@ -1,5 +1,7 @@
 #pragma once
 
+#include "foundation/Result.h"
+
 #include <cstddef>
 #include <string>
 #include <utility>
@@ -26,6 +28,9 @@ class FileDescriptor {
 
 /// What went wrong, in words that fit a file: "no such file", "permission denied".
 std::string ReasonOfErrno(int number);
+
+/// The same as an error.
+Error ErrorOfErrno(int number);
 
 /// "larger than 4 MiB".
 std::string LargerThan(size_t bytes);

@@ -4,7 +4,7 @@
 #include "foundation/Result.h"
 
 #include <cstdint>
-#include <memory>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -26,17 +26,15 @@ class FolderReader {
     const std::vector<Entry>& entries() const { return entries_; }
     std::vector<std::string> takeNames();
 
-    /// What a first read of the file gives, valid until the next call; empty for anything that is no plain
-    /// and small file. For whoever can tell from the bytes themselves whether they are the whole file, and
-    /// otherwise reads it properly.
-    std::span<const uint8_t> peek(const Entry& entry);
+    /// What a first read of each file gives; empty for anything that is no plain and small file. For whoever
+    /// can tell from the bytes themselves whether they are the whole file, and otherwise reads it properly.
+    /// `work` gets the place of the entry and the bytes, valid until it returns. It is run for several
+    /// entries at once, on several threads.
+    void peekAll(const std::function<void(size_t, std::span<const uint8_t>)>& work) const;
 
   private:
-    static constexpr size_t kBufferSize = 16'384;
-
     FileDescriptor folder_;
     std::vector<Entry> entries_;
-    std::unique_ptr<uint8_t[]> buffer_;
 };
 
 } // namespace tallyforge

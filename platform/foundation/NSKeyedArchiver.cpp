@@ -20,11 +20,19 @@ class Encoder {
         objects_.push_back(Text("$null"));
     }
 
-    PropertyList encode(const PropertyList& value) { return PropertyList::uid(entryOf(value)); }
+    PropertyList encodeRoot(const PropertyList& root) {
+        // Most are a flat dictionary.
+        const size_t count = root.asDictionary() ? root.asDictionary()->count() : 0;
+        objects_.reserve(2 * count + 3);
+        texts_.reserve(2 * count);
+        return encode(root);
+    }
     PropertyList::Array takeObjects() { return std::move(objects_); }
     bool metUID() const { return metUID_; }
 
   private:
+    PropertyList encode(const PropertyList& value) { return PropertyList::uid(entryOf(value)); }
+
     uint64_t entryOf(const PropertyList& value) {
         switch (value.kind()) {
         case Kind::array:
@@ -80,6 +88,7 @@ class Encoder {
     uint64_t entryOfArray(const PropertyList::Array& array) {
         const uint64_t entry = add(PropertyList::boolean(false));
         PropertyList::Array elements;
+        elements.reserve(array.size());
         for (const PropertyList& element : array)
             elements.push_back(encode(element));
         Dictionary object;
@@ -92,6 +101,8 @@ class Encoder {
     uint64_t entryOfDictionary(const Dictionary& dictionary) {
         const uint64_t entry = add(PropertyList::boolean(false));
         PropertyList::Array keys, values;
+        keys.reserve(dictionary.count());
+        values.reserve(dictionary.count());
         for (const Dictionary::Entry& pair : dictionary)
             keys.push_back(PropertyList::uid(entryOfText(pair.key)));
         for (const Dictionary::Entry& pair : dictionary)
@@ -136,7 +147,7 @@ std::vector<uint8_t> NSKeyedArchiver::archivedDataWithRootObject(const PropertyL
                                                                  ArchivedDictionaryClass cls) {
     Encoder encoder(cls);
     Dictionary top;
-    top.setObjectForKey(encoder.encode(root), "root");
+    top.setObjectForKey(encoder.encodeRoot(root), "root");
     if (encoder.metUID()) return {};
     Dictionary archive;
     archive.setObjectForKey(PropertyList::integer(100'000), "$version");

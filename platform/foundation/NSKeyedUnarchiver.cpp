@@ -9,6 +9,7 @@ namespace {
 using Kind = PropertyList::Kind;
 
 constexpr int kArchiveVersion = 100'000;
+constexpr size_t kManyNodes = 4096; // no theme comes near it
 
 enum class ArchivedClass : uint8_t { notLookedAt, dictionary, array, string, date, other };
 
@@ -26,7 +27,10 @@ class Decoder {
     Decoder(const PropertyList::Array& objects, const PropertyListLimits& limits)
         : objects_(objects), limits_(limits), classes_(objects.size(), ArchivedClass::notLookedAt) {}
 
-    bool decode(const PropertyList* reference, PropertyList& out);
+    bool decodeRoot(const PropertyList* root, PropertyList& out) {
+        root_ = root;
+        return decode(root, out);
+    }
     const char* reason() const { return reason_; }
 
   private:
@@ -34,6 +38,7 @@ class Decoder {
         reason_ = reason;
         return false;
     }
+    bool decode(const PropertyList* reference, PropertyList& out);
     const PropertyList* entry(const PropertyList* reference, uint64_t& index);
     ArchivedClass classOf(const Dictionary& object);
     bool countText(size_t bytes);
@@ -44,11 +49,28 @@ class Decoder {
                           PropertyList& out);
     const std::string* decodeKey(const PropertyList& reference);
 
+    /// What an object comes to once shared ones are followed.
+    struct Weight {
+        size_t nodes = 0;
+        size_t text = 0;
+        bool known = false;
+        void add(const Weight& other) {
+            constexpr size_t kMost = SIZE_MAX / 2; // the sum of two fits
+            nodes = std::min(nodes + other.nodes, kMost);
+            text = std::min(text + other.text, kMost);
+        }
+    };
+    bool rootIsTooHeavy();
+    Weight weigh(const PropertyList& reference, size_t depth);
+    void weighAll(const PropertyList* list, size_t depth, Weight& sum);
+
     const PropertyList::Array& objects_;
     const PropertyListLimits& limits_;
     const char* reason_ = "";
     std::vector<ArchivedClass> classes_; // by entry of the class record
     std::vector<uint64_t> open_;         // the containers being read, outermost first
+    const PropertyList* root_ = nullptr;
+    std::vector<Weight> weights_; // by entry, once there is reason to weigh
     size_t nodes_ = 0;
     size_t text_ = 0;
 };
@@ -96,7 +118,8 @@ bool Decoder::decode(const PropertyList* reference, PropertyList& out) {
     uint64_t index = 0;
     const PropertyList* found = entry(reference, index);
     if (!found) return false;
-    if (++nodes_ > limits_.nodes) return fail("too many objects once shared ones are followed");
+    if (++nodes_ > kManyNodes && weights_.empty() && rootIsTooHeavy()) return false;
+    if (nodes_ > limits_.nodes) return fail("too many objects once shared ones are followed");
     switch (found->kind()) {
     case Kind::dictionary:
         return decodeObject(index, *found->asDictionary(), out);
@@ -112,6 +135,46 @@ bool Decoder::decode(const PropertyList* reference, PropertyList& out) {
     if (!countText(size)) return false;
     out = *found;
     return true;
+}
+
+// An archive that shares much is weighed before all of it is built in vain: that looks at each entry only
+// once.
+bool Decoder::rootIsTooHeavy() {
+    weights_.resize(objects_.size());
+    const Weight whole = weigh(*root_, 0);
+    if (whole.nodes > limits_.nodes) return !fail("too many objects once shared ones are followed");
+    if (whole.text > limits_.text) return !fail("too much text and data once shared objects are followed");
+    return false;
+}
+
+void Decoder::weighAll(const PropertyList* list, size_t depth, Weight& sum) {
+    if (!list || !list->asArray()) return;
+    for (const PropertyList& item : *list->asArray())
+        sum.add(weigh(item, depth + 1));
+}
+
+// Whatever is broken weighs nothing here; building it comes upon it.
+Decoder::Weight Decoder::weigh(const PropertyList& reference, size_t depth) {
+    const std::optional<uint64_t> uid = reference.asUID();
+    if (!uid || *uid >= objects_.size() || depth > limits_.depth) return {};
+    const auto index = static_cast<size_t>(*uid);
+    if (weights_[index].known) return weights_[index];
+    weights_[index].known = true; // with nothing, for those within that hold it again
+    Weight weight{1, 0, true};
+    const PropertyList& found = objects_[index];
+    if (const std::string* text = found.asString()) weight.text = text->size();
+    if (const PropertyList::Data* data = found.asData()) weight.text = data->size();
+    if (const Dictionary* object = found.asDictionary()) {
+        const char* const before = reason_;
+        const ArchivedClass cls = classOf(*object);
+        reason_ = before;
+        const PropertyList* text = object->objectForKey("NS.string");
+        if (cls == ArchivedClass::string && text && text->isString()) weight.text = text->asString()->size();
+        if (cls == ArchivedClass::dictionary) weighAll(object->objectForKey("NS.keys"), depth, weight);
+        if (cls == ArchivedClass::dictionary || cls == ArchivedClass::array)
+            weighAll(object->objectForKey("NS.objects"), depth, weight);
+    }
+    return weights_[index] = weight;
 }
 
 bool Decoder::decodeObject(uint64_t index, const Dictionary& object, PropertyList& out) {
@@ -217,7 +280,7 @@ Result<PropertyList> NSKeyedUnarchiver::unarchiveObjectWithData(std::span<const 
 
     PropertyList value = PropertyList::boolean(false);
     Decoder decoder(*objects->asArray(), limits);
-    if (!decoder.decode(root, value)) return Error{decoder.reason()};
+    if (!decoder.decodeRoot(root, value)) return Error{decoder.reason()};
     return value;
 }
 

@@ -35,19 +35,28 @@ uint64_t Fold(uint64_t a, uint64_t b) {
     return static_cast<uint64_t>(product) ^ static_cast<uint64_t>(product >> 64);
 }
 
+uint64_t WordAt(const char* bytes, size_t size) {
+    uint64_t word = 0;
+    std::memcpy(&word, bytes, size);
+    return word;
+}
+
 uint64_t HashOfKey(std::string_view key) {
     static const HashSecret secret;
     const auto& [a, b, c] = secret.words;
-    uint64_t hash = a ^ key.size();
-    uint64_t word = 0;
-    for (; key.size() >= sizeof word; key.remove_prefix(sizeof word)) {
-        std::memcpy(&word, key.data(), sizeof word);
-        hash = Fold(word ^ b, hash ^ c);
-    }
-    if (!key.empty()) {
-        word = 0;
-        std::memcpy(&word, key.data(), key.size());
-        hash = Fold(word ^ b, hash ^ c);
+    const size_t size = key.size();
+    const char* bytes = key.data();
+    uint64_t hash = a ^ size;
+    const auto take = [&, b = b, c = c](uint64_t word) { hash = Fold(word ^ b, hash ^ c); };
+    // The last word laps over the one before it; the size is in the hash already.
+    if (size >= 8) {
+        for (size_t at = 0; at + 8 < size; at += 8)
+            take(WordAt(bytes + at, 8));
+        take(WordAt(bytes + size - 8, 8));
+    } else if (size >= 4) {
+        take(WordAt(bytes, 4) | WordAt(bytes + size - 4, 4) << 32);
+    } else if (size > 0) {
+        take(WordAt(bytes, 1) | WordAt(bytes + size / 2, 1) << 8 | WordAt(bytes + size - 1, 1) << 16);
     }
     return Fold(hash, b);
 }

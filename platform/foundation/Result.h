@@ -9,6 +9,10 @@ namespace tallyforge {
 /// Why something could not be done, as one line without a full stop ("no such file").
 struct Error {
     std::string reason;
+    int number = 0; ///< the errno behind it, where it is known; otherwise 0
+
+    /// The same with what was being done before the reason: "syncing the folder: permission denied".
+    Error during(const std::string& step) const { return {step + ": " + reason, number}; }
 };
 
 /// A value, or the reason why there is none. Errors travel as values; nothing throws across a module.
@@ -25,6 +29,11 @@ class [[nodiscard]] Result {
     const T* operator->() const { return &std::get<T>(state_); }
     /// The reason; only when there is no value.
     const std::string& reason() const { return std::get<Error>(state_).reason; }
+    /// The errno behind the reason, where it is known; 0 otherwise, and when there is a value.
+    int number() const {
+        const Error* error = std::get_if<Error>(&state_);
+        return error ? error->number : 0;
+    }
     Error error() const { return std::get<Error>(state_); }
 
   private:

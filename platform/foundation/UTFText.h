@@ -17,15 +17,23 @@ inline bool IsLowSurrogate(char32_t c) {
 
 inline bool IsASCII(const void* text, size_t size) {
     const auto* bytes = static_cast<const uint8_t*>(text);
-    size_t at = 0;
     uint64_t high = 0;
-    for (; at + 8 <= size; at += 8) {
-        uint64_t word;
-        std::memcpy(&word, bytes + at, 8);
+    const auto take = [&high](const uint8_t* at, auto word) {
+        std::memcpy(&word, at, sizeof word);
         high |= word;
+    };
+    // The last word laps over the one before it.
+    if (size >= 8) {
+        for (size_t at = 0; at + 8 < size; at += 8)
+            take(bytes + at, uint64_t{});
+        take(bytes + size - 8, uint64_t{});
+    } else if (size >= 4) {
+        take(bytes, uint32_t{});
+        take(bytes + size - 4, uint32_t{});
+    } else {
+        for (size_t at = 0; at < size; ++at)
+            high |= uint64_t{bytes[at]};
     }
-    for (; at < size; ++at)
-        high |= uint64_t{bytes[at]};
     return (high & 0x8080808080808080u) == 0;
 }
 

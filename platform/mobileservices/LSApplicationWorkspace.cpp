@@ -1,5 +1,6 @@
 #include "mobileservices/LSApplicationWorkspace.h"
 
+#include "foundation/DispatchApply.h"
 #include "foundation/NSFileManager.h"
 #include "foundation/NSLocale.h"
 #include "mobileservices/ApplicationBundle.h"
@@ -151,6 +152,15 @@ const MethodTable& LSApplicationProxy::methods() const {
     return table;
 }
 
+// Nothing where the folder holds no application.
+std::shared_ptr<LSApplicationProxy> ReadApplication(const ApplicationFolder& folder,
+                                                    const Surroundings& around) {
+    const auto info = ReadBundleList(folder.path + "Info.plist");
+    const std::string* identifier = info ? TextOf(*info, "CFBundleIdentifier") : nullptr;
+    if (!identifier) return nullptr;
+    return std::make_shared<LSApplicationProxy>(folder, *identifier, *info, around);
+}
+
 /// Where the applications lay when the workspace was last asked for all of them.
 struct Places {
     std::string stamp;
@@ -165,15 +175,18 @@ Places& KnownPlaces() {
 class Workspace final : public LSApplicationWorkspace {
   public:
     std::vector<std::shared_ptr<NSObject>> allInstalledApplications() const override {
-        std::vector<std::shared_ptr<NSObject>> applications;
         Places places{StampOfApplicationFolders(), {}};
         const Surroundings around;
-        for (const ApplicationFolder& folder : ListApplicationFolders()) {
-            const auto info = ReadBundleList(folder.path + "Info.plist");
-            const std::string* identifier = info ? TextOf(*info, "CFBundleIdentifier") : nullptr;
-            if (!identifier) continue;
-            applications.push_back(std::make_shared<LSApplicationProxy>(folder, *identifier, *info, around));
-            places.pathOf.insert_or_assign(*identifier, folder.path);
+        const std::vector<ApplicationFolder> folders = ListApplicationFolders();
+        std::vector<std::shared_ptr<LSApplicationProxy>> found(folders.size());
+        dispatch_apply(folders.size(),
+                       [&](size_t place) { found[place] = ReadApplication(folders[place], around); });
+        std::vector<std::shared_ptr<NSObject>> applications;
+        for (size_t place = 0; place < folders.size(); ++place) {
+            if (!found[place]) continue;
+            places.pathOf.insert_or_assign(*found[place]->applicationIdentifier->asString(),
+                                           folders[place].path);
+            applications.push_back(std::move(found[place]));
         }
         KnownPlaces() = std::move(places);
         return applications;

@@ -63,6 +63,17 @@ TEST_F(AppsCommandTest, OtherWordsAreRefused) {
     expectComplaint(tallyforge({"apps", "--xml"}), 2);
 }
 
+// Names cannot turn what is printed after them, nor reach the terminal by its other control characters.
+TEST_F(AppsCommandTest, NamesDoNotCommandTheTerminal) {
+    InstallUserApp(device, "u.a", "\u202Egpj.exe\u2066");
+    InstallUserApp(device, "u.b", "\u009B31m red\u0085\u2028");
+    InstallUserApp(device, "u.c", "\u200EChat \u05D0\u200F"); // marks of single words, as names have them
+    const std::string all = printed({"user"});
+    EXPECT_NE(all.find("u.a\t\\xE2\\x80\\xAEgpj.exe\\xE2\\x81\\xA6\n"), std::string::npos) << all;
+    EXPECT_NE(all.find("u.b\t\\xC2\\x9B31m red\\xC2\\x85\\xE2\\x80\\xA8\n"), std::string::npos) << all;
+    EXPECT_NE(all.find("u.c\t\u200EChat \u05D0\u200F\n"), std::string::npos) << all;
+}
+
 TEST_F(AppsCommandTest, AnAppIsOneLineWhateverItsNameHolds) {
     InstallUserApp(device, "u.tricky", "Two\nlines\tand a \x1B[31mcolour");
     EXPECT_EQ(printed({"user"}),

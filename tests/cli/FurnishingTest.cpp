@@ -44,6 +44,25 @@ TEST_F(FurnishingTest, WhatWasCutShortIsFinished) {
     EXPECT_EQ(missingOrDifferent(), 0U);
 }
 
+// A power cut leaves room filled with zeros where a file was not yet on the disk; anything else is
+// somebody's.
+TEST_F(FurnishingTest, WhatWasChangedBeforeItIsFinishedStays) {
+    const std::filesystem::path plate =
+        own() / "System/Library/CoreServices/SpringBoard.app/IconBadgeAndCloseBox.png";
+    const std::filesystem::path theme = own() / "var/mobile/Documents/Tallyforge/ember.tft";
+    list();
+    const std::string whole = bytesOf(theme);
+    std::filesystem::remove(own() / ".tallyforge-furnished");
+    std::ofstream(plate, std::ios::binary) << "mine";
+    std::ofstream(icon(), std::ios::binary) << stockIcon().substr(0, 100) + std::string(500, '\0');
+    std::ofstream(theme, std::ios::binary) << "";
+    EXPECT_EQ(list().errors, "");
+    EXPECT_EQ(bytesOf(plate), "mine");
+    EXPECT_EQ(bytesOf(icon()), stockIcon());
+    EXPECT_EQ(bytesOf(theme), whole);
+    EXPECT_GT(whole.size(), 0U);
+}
+
 TEST_F(FurnishingTest, LaterUsesLeaveTheDeviceAlone) {
     list();
     std::filesystem::remove(icon());
@@ -104,6 +123,7 @@ TEST_F(FurnishingTest, WhatCannotBeFurnishedIsNotFatal) {
     expectComplaint(ended, 0);
     EXPECT_FALSE(ended.output.empty());
     EXPECT_EQ(missingOrDifferent(), 1U); // all the others are there
+    EXPECT_TRUE(std::filesystem::exists(own() / "var/mobile/Documents/Tallyforge/ember.tft"));
 }
 
 TEST_F(FurnishingTest, WithoutAnyHomeItIsSaid) {

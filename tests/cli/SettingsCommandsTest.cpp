@@ -4,6 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 namespace tallyforge::test {
@@ -155,6 +157,34 @@ TEST_F(CommandTest, ATruncatedDomainCountsAsEmptyAndIsKeptAside) {
     expectComplaint(tallyforge({"set", "badgealpha", "50"}), 0);
     EXPECT_EQ(AsPythonReadsIt(domainFile()), "badgealpha float 50.0\n");
     EXPECT_EQ(bytesOf(domainFile().string() + ".unreadable"), half);
+}
+
+TEST_F(CommandTest, EveryStartClearsWhatACutShortSaveLeft) {
+    const std::vector<std::string> folders{
+        "/var/mobile/Library/Preferences/", "/var/mobile/Documents/Tallyforge/",
+        "/var/mobile/Documents/Tallyforge/PerAppThemes/", "/var/mobile/Documents/Tallyforge/Config/"};
+    const auto put = [&] {
+        for (const std::string& folder : folders) {
+            device.write(folder + ".tallyforge-new", {'x'});
+            device.write(folder + ".tallyforge-copy", {'x'});
+            device.write(folder + "other", {'x'});
+        }
+    };
+    put();
+    EXPECT_EQ(tallyforge({"get", "badgesize"}).errors, "");
+    for (const std::string& folder : folders) {
+        EXPECT_FALSE(std::filesystem::exists(device.file(folder + ".tallyforge-new"))) << folder;
+        EXPECT_FALSE(std::filesystem::exists(device.file(folder + ".tallyforge-copy"))) << folder;
+        EXPECT_TRUE(std::filesystem::exists(device.file(folder + "other"))) << folder;
+    }
+    // Whoever saves at the moment holds the lock, and the file is theirs. Nobody waits for them.
+    put();
+    const int locked = ::open(device.file(folders[0]).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(flock(locked, LOCK_EX), 0);
+    EXPECT_EQ(tallyforge({"get", "badgesize"}).errors, "");
+    EXPECT_TRUE(std::filesystem::exists(device.file(folders[0] + ".tallyforge-new")));
+    EXPECT_FALSE(std::filesystem::exists(device.file(folders[1] + ".tallyforge-new")));
+    close(locked);
 }
 
 TEST_F(CommandTest, AFolderOrAPipeInTheDomainsPlaceIsNoDomainAndStays) {

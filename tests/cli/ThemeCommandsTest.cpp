@@ -180,6 +180,43 @@ TEST_F(ThemeCommandsTest, ExportedThemesCanBeImported) {
     refused({"theme", "export", "My look", (device.root() / "no/such/folder").string()}, 1);
 }
 
+TEST_F(ThemeCommandsTest, WhatACutShortExportLeftIsClearedByTheNext) {
+    put("a.tft", "A");
+    const auto out = device.root() / "out", unfinished = device.root() / ".out.tallyforge-new";
+    std::ofstream(unfinished) << std::string(100'000, 'x');
+    run({"theme", "export", "A", out.string()});
+    EXPECT_EQ(bytesOf(out), bytesOf(device.file(kThemes + "a.tft")));
+    EXPECT_FALSE(std::filesystem::exists(unfinished));
+    // What is not this program's own is put out of the way, never written to.
+    std::ofstream(device.root() / "victim") << "untouched";
+    for (const bool symbolic : {true, false}) {
+        std::filesystem::remove(out);
+        symbolic ? std::filesystem::create_symlink("victim", unfinished)
+                 : std::filesystem::create_hard_link(device.root() / "victim", unfinished);
+        run({"theme", "export", "A", out.string()});
+        EXPECT_EQ(bytesOf(out), bytesOf(device.file(kThemes + "a.tft")));
+        EXPECT_FALSE(std::filesystem::exists(std::filesystem::symlink_status(unfinished)));
+        EXPECT_EQ(bytesOf(device.root() / "victim"), "untouched");
+    }
+}
+
+TEST_F(ThemeCommandsTest, SeveralAtATimeExportToOneFile) {
+    put("a.tft", "A");
+    const auto out = device.root() / "out";
+    const std::string command = TALLYFORGE_BIN "/tallyforge";
+    constexpr int kPrograms = 8;
+    std::vector<std::unique_ptr<Program>> programs;
+    programs.reserve(kPrograms);
+    for (int i = 0; i < kPrograms; ++i)
+        programs.push_back(std::make_unique<Program>(
+            std::vector<std::string>{command, "theme", "export", "A", out.string()},
+            std::map<std::string, std::string>{{"TALLYFORGE_ROOT", device.root().string()}}));
+    for (auto& program : programs)
+        EXPECT_EQ(program->wait().status, 0);
+    EXPECT_EQ(bytesOf(out), bytesOf(device.file(kThemes + "a.tft")));
+    EXPECT_FALSE(std::filesystem::exists(device.root() / ".out.tallyforge-new"));
+}
+
 TEST_F(ThemeCommandsTest, WhatIsImportedIsCheckedFirst) {
     auto with = [](const char* key, PropertyList value, const char* name = "N") {
         Dictionary theme;
@@ -216,9 +253,38 @@ TEST_F(ThemeCommandsTest, WhatCannotBeWrittenOrRemovedIsAFailure) {
     device.write("/var/mobile/Documents/Tallyforge", {'x'});
     refused({"theme", "save", "X"}, 1);
     refused({"theme", "restore"}, 1);
-    EXPECT_EQ(run({"theme", "list"}), "");
     refused({"theme", "load", "X"}, 1);
     refused({"theme", "delete", "X"}, 1);
+}
+
+TEST_F(ThemeCommandsTest, AFolderThatCannotBeListedIsNoEmptyOne) {
+    EXPECT_EQ(run({"theme", "list"}), "");
+    EXPECT_EQ(run({"tie", "list"}), "");
+    const std::string picture = (device.root() / "gallery.png").string();
+    device.write("/var/mobile/Documents/Tallyforge/PerAppThemes", {'x'});
+    EXPECT_EQ(refused({"tie", "list"}, 1).errors, "tallyforge: tie list: " + kTies + ": not a folder\n");
+    EXPECT_EQ(refused({"tie", "clear", "--all"}, 1).errors,
+              "tallyforge: tie clear: " + kTies + ": not a folder\n");
+    std::filesystem::remove_all(device.file(kThemes));
+    device.write("/var/mobile/Documents/Tallyforge", {'x'});
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"theme", "list"}, {"theme", "show", "X"}, {"theme", "gallery", picture}})
+        EXPECT_NE(refused(words, 1).errors.find(": " + kThemes + ": not a folder\n"), std::string::npos);
+}
+
+TEST_F(ThemeCommandsTest, WhatCannotBeRestoredIsNamedByItsSource) {
+    const std::string defaults = "/Library/Application Support/Tallyforge/";
+    std::filesystem::create_directories(device.file(defaults + "a.tft"));
+    device.write(defaults + "b.tft", archive("B", 1));
+    const Ended ended = tallyforge({"theme", "restore"});
+    expectComplaint(ended, 1);
+    EXPECT_EQ(ended.errors,
+              "tallyforge: theme restore: " + defaults + "a.tft: a folder stands in its place\n");
+    EXPECT_EQ(ended.output, "b.tft\n");
+    std::filesystem::remove_all(device.file(defaults));
+    device.write("/Library/Application Support/Tallyforge", {'x'});
+    EXPECT_EQ(refused({"theme", "restore"}, 1).errors,
+              "tallyforge: theme restore: " + defaults + ": not a folder\n");
 }
 
 TEST_F(ThemeCommandsTest, TheGalleryShowsEveryTheme) {

@@ -1,28 +1,9 @@
 // watch: the notifications of other processes, heard on a private session bus.
 
 #include "CommandFixture.h"
+#include "support/PrivateBus.h"
 
 namespace tallyforge::test {
-
-namespace {
-
-/// A session bus of the test's own.
-class PrivateBus {
-  public:
-    PrivateBus() : daemon_({"dbus-daemon", "--session", "--nofork", "--print-address"}) {
-        for (int i = 0; i < 500 && daemon_.output().find('\n') == std::string::npos; ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        address_ = daemon_.output();
-        address_ = address_.substr(0, address_.find('\n'));
-    }
-    const std::string& address() const { return address_; }
-
-  private:
-    Program daemon_;
-    std::string address_;
-};
-
-} // namespace
 
 class WatchTest : public CommandTest {
   protected:

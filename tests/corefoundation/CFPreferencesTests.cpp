@@ -1,5 +1,4 @@
-#include "TemporaryDevice.h"
-#include "corefoundation/CFPreferences.h"
+#include "PreferencesDevice.h"
 #include "corefoundation/NSUserDefaults.h"
 #include "foundation/PropertyListFormat.h"
 
@@ -16,16 +15,11 @@ constexpr const char* domain = "com.example.look";
 const std::string folderPath = "/var/mobile/Library/Preferences";
 const std::string path = folderPath + "/com.example.look.plist";
 
-class CFPreferencesTests : public TemporaryDevice {
+class CFPreferencesTests : public PreferencesDevice {
   protected:
-    void SetUp() override {
-        TemporaryDevice::SetUp();
-        CFPreferencesForgetAll();
-    }
     void TearDown() override {
         CFPreferencesSetTrace({});
-        CFPreferencesForgetAll();
-        TemporaryDevice::TearDown();
+        PreferencesDevice::TearDown();
     }
 
     static std::optional<PropertyList> get(const char* key) { return CFPreferencesCopyAppValue(key, domain); }
@@ -125,6 +119,30 @@ TEST_F(CFPreferencesTests, WhatOthersSaveIsSeenAndKept) {
     EXPECT_EQ(keysInFile(), (Keys{"a", "theirs", "mine"}));
     std::filesystem::remove(host(path));
     EXPECT_EQ(keys(), std::nullopt);
+}
+
+TEST_F(CFPreferencesTests, EverySaveBuildsOnWhatStandsInTheFile) {
+    set("a", 1);
+    EXPECT_EQ(synchronize(), "saved");
+    putKeys({"b"}); // as long as what was saved
+    set("c", 1);
+    EXPECT_EQ(synchronize(), "saved");
+    EXPECT_EQ(keysInFile(), (Keys{"b", "c"}));
+    set("d", 1);
+    EXPECT_EQ(synchronize(), "saved"); // on its own last one
+    EXPECT_EQ(keysInFile(), (Keys{"b", "c", "d"}));
+
+    const std::string inTheWay = host(folderPath + "/.tallyforge-new");
+    std::filesystem::create_directory(inTheWay);
+    set("e", 1);
+    EXPECT_NE(synchronize(), "saved");
+    EXPECT_EQ(keysInFile(), (Keys{"b", "c", "d"}));
+    std::filesystem::remove(inTheWay);
+    EXPECT_EQ(synchronize(), "saved");
+    EXPECT_EQ(keysInFile(), (Keys{"b", "c", "d", "e"}));
+    remove("b");
+    EXPECT_EQ(synchronize(), "saved");
+    EXPECT_EQ(keysInFile(), (Keys{"c", "d", "e"}));
 }
 
 // Versions of one size saved one after the other: inode numbers come back, and clocks tick slowly.
@@ -246,6 +264,14 @@ TEST_F(CFPreferencesTests, ADomainThatNobodyCouldReadIsNotWritten) {
     EXPECT_EQ(keysInFile(), Keys{"old"});
     remove("big");
     EXPECT_EQ(synchronize(), "saved");
+    EXPECT_EQ(keysInFile(), Keys{"old"});
+    // Also after a save of this process's own.
+    CFPreferencesSetAppValue("big", PropertyList::data(PropertyList::Data(5u << 20)), domain);
+    EXPECT_NE(synchronize(), "saved");
+    remove("big");
+    set("new", 1);
+    EXPECT_EQ(synchronize(), "saved");
+    EXPECT_EQ(keysInFile(), (Keys{"old", "new"}));
 }
 
 TEST_F(CFPreferencesTests, WhatIsNoDomainNameIsRefused) {

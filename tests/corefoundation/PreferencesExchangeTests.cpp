@@ -1,8 +1,7 @@
 // The domain's file is shared: with other processes of this system, and with other programs altogether.
 
+#include "PreferencesDevice.h"
 #include "Subprocess.h"
-#include "TemporaryDevice.h"
-#include "corefoundation/CFPreferences.h"
 #include "foundation/PropertyListFormat.h"
 
 #include <limits>
@@ -14,16 +13,8 @@ namespace {
 constexpr const char* domain = "com.example.look";
 const std::string path = "/var/mobile/Library/Preferences/com.example.look.plist";
 
-class PreferencesExchangeTests : public TemporaryDevice {
+class PreferencesExchangeTests : public PreferencesDevice {
   protected:
-    void SetUp() override {
-        TemporaryDevice::SetUp();
-        CFPreferencesForgetAll();
-    }
-    void TearDown() override {
-        CFPreferencesForgetAll();
-        TemporaryDevice::TearDown();
-    }
     /// Runs the program with `path` set to the domain's file; what it printed, or how it failed.
     std::string python(const std::string& program) const {
         return Output(
@@ -31,40 +22,35 @@ class PreferencesExchangeTests : public TemporaryDevice {
     }
 };
 
-TEST_F(PreferencesExchangeTests, WritersAtTheSameTimeLoseNoKey) {
-    constexpr int count = 500;
+// All values are written back, as a theme does that is loaded; what another process has set meanwhile stays.
+TEST_F(PreferencesExchangeTests, WhatWasOnlyReadIsNotWrittenBackOverAnothersChange) {
+    CFPreferencesSetAppValue("mine", PropertyList::integer(1), domain);
+    CFPreferencesSetAppValue("other0", PropertyList::integer(7), domain);
+    ASSERT_TRUE(CFPreferencesAppSynchronize(domain));
+    const auto keys = CFPreferencesCopyKeyList(domain, kCFPreferencesCurrentUser, kCFPreferencesAnyHost);
+    ASSERT_TRUE(keys);
+    Dictionary all =
+        CFPreferencesCopyMultiple(*keys, domain, kCFPreferencesCurrentUser, kCFPreferencesAnyHost);
     const std::string helper = std::string(TALLYFORGE_BIN) + "/corefoundation_helper";
-    std::vector<pid_t> writers;
-    for (const char* prefix : {"left", "right"})
-        writers.push_back(Start({helper, "set", root_, domain, prefix, std::to_string(count)}));
-    int readings = 0;
-    size_t seen = 0;
-    for (size_t running = writers.size(); running > 0;) {
-        int status = 0;
-        if (waitpid(-1, &status, WNOHANG) > 0) {
-            EXPECT_EQ(status, 0);
-            --running;
-        }
-        // Whoever reads meanwhile sees a whole file, and no key ever vanishes.
-        const auto keys = CFPreferencesCopyKeyList(domain, kCFPreferencesCurrentUser, kCFPreferencesAnyHost);
-        ASSERT_EQ(CFPreferencesReadFailure(domain), "");
-        const size_t found = keys ? keys->size() : 0;
-        ASSERT_GE(found, seen);
-        seen = found;
-        ++readings;
-    }
-    EXPECT_GT(readings, 10);
-    const auto parsed = DeserializePropertyList(Bytes(text(path)));
-    ASSERT_TRUE(parsed) << parsed.reason();
-    const Dictionary& values = *parsed->asDictionary();
-    EXPECT_EQ(values.count(), 2u * count);
-    for (const char* prefix : {"left", "right"})
-        for (int i = 0; i < count; ++i) {
-            const auto* value = values.objectForKey(prefix + std::to_string(i));
-            ASSERT_NE(value, nullptr) << prefix << i;
-            EXPECT_EQ(*value, PropertyList::integer(i));
-        }
-    EXPECT_EQ(names("/var/mobile/Library/Preferences"), std::vector<std::string>{"com.example.look.plist"});
+    ASSERT_EQ(Ended(Start({helper, "set", root_, domain, "other", "1"})), 0); // other0 is 0 now
+    all.setObjectForKey(PropertyList::integer(2), "mine");
+    CFPreferencesSetMultiple(all, {}, domain, kCFPreferencesCurrentUser, kCFPreferencesAnyHost);
+    ASSERT_TRUE(CFPreferencesAppSynchronize(domain));
+    EXPECT_EQ(CFPreferencesCopyAppValue("mine", domain), PropertyList::integer(2));
+    EXPECT_EQ(CFPreferencesCopyAppValue("other0", domain), PropertyList::integer(0));
+}
+
+// But a theme that is loaded counts whole, or two at once would leave a look that is neither.
+TEST_F(PreferencesExchangeTests, WhatIsInsistedOnWinsThoughItWasOnlyRead) {
+    CFPreferencesSetAppValue("other0", PropertyList::integer(7), domain);
+    ASSERT_TRUE(CFPreferencesAppSynchronize(domain));
+    ASSERT_TRUE(CFPreferencesCopyAppValue("other0", domain));
+    const std::string helper = std::string(TALLYFORGE_BIN) + "/corefoundation_helper";
+    CFPreferencesInsistOn({"other0", "missing"}, domain);
+    ASSERT_EQ(Ended(Start({helper, "set", root_, domain, "other", "1"})), 0); // other0 is 0 in the file
+    ASSERT_TRUE(CFPreferencesAppSynchronize(domain));
+    EXPECT_EQ(CFPreferencesCopyAppValue("other0", domain), PropertyList::integer(7));
+    EXPECT_FALSE(CFPreferencesCopyAppValue("missing", domain));
 }
 
 TEST_F(PreferencesExchangeTests, AnotherReaderFindsTheSameValuesAndKinds) {

@@ -69,7 +69,7 @@ TEST_F(ScreenPictureTest, PicturesThatCannotBeMadeAreRefused) {
     EXPECT_FALSE(std::filesystem::exists(file_));
     expectRefused(tallyforge({"render", file_, "--pane", "badge", "--size", "0x5"}), 2, "size");
     expectRefused(tallyforge({"render", (scratch / "no" / "p.png").string(), "--pane", "badge"}), 1,
-                  "No such file");
+                  "no such folder");
     EXPECT_EQ(sizeOf(render({"--pane", "badge", "--size", "1x1", "--scale", "1"})),
               (std::pair<unsigned, unsigned>{1, 1}));
 }

@@ -172,7 +172,8 @@ TEST_F(ScriptTest, AScriptThatCannotBeReadIsNamed) {
 TEST_F(ScriptTest, ATraceThatCannotBeWrittenStopsBeforeTheFirstStep) {
     const std::string nowhere = (scratch / "no" / "trace").string();
     expectRefused(drive("open badge\nslide Size 1\n", {"--trace", nowhere}), 1, nowhere);
-    expectRefused(drive("open badge\nslide Size 1\n", {"--trace", scratch.string()}), 1, "Is a directory");
+    expectRefused(drive("open badge\nslide Size 1\n", {"--trace", scratch.string()}), 1,
+                  "a folder stands in its place");
     EXPECT_FALSE(std::filesystem::exists(domainFile()));
     expectRefused(drive("open badge\n", {"--trace", "/dev/full"}), 1, "the trace could not be written whole");
 }

@@ -90,7 +90,7 @@ TEST_F(DurableSaveTests, TheStepsComeInTheirOrder) {
     put("/f/a", "old");
     Faults faults;
     EXPECT_EQ(save("/f/a", "new"), "saved");
-    EXPECT_EQ(faults.calls(), (Names{"openat2", "write", "fsync", "renameat .a.tallyforge-new a", "fsync"}));
+    EXPECT_EQ(faults.calls(), (Names{"openat2", "write", "fsync", "renameat .tallyforge-new a", "fsync"}));
 }
 
 TEST_F(DurableSaveTests, ShortAndInterruptedWritesAreCarriedOn) {
@@ -152,7 +152,7 @@ TEST_F(DurableSaveTests, AFolderThatCannotBeSyncedIsAFailure) {
 
 TEST_F(DurableSaveTests, AStaleTemporaryFileIsRemoved) {
     put("/f/a", "old");
-    put("/f/.a.tallyforge-new", "half of someth");
+    put("/f/.tallyforge-new", "half of someth");
     EXPECT_EQ(save("/f/a", "new"), "saved");
     EXPECT_EQ(text("/f/a"), "new");
     EXPECT_EQ(names("/f"), Names{"a"});
@@ -161,7 +161,7 @@ TEST_F(DurableSaveTests, AStaleTemporaryFileIsRemoved) {
 TEST_F(DurableSaveTests, ALinkInTheTemporaryFilesPlaceIsNotWrittenThrough) {
     put("/victim", "untouched");
     put("/f/a", "old");
-    link("/victim", "/f/.a.tallyforge-new");
+    link("/victim", "/f/.tallyforge-new");
     EXPECT_EQ(save("/f/a", "new"), "saved");
     EXPECT_EQ(text("/victim"), "untouched");
     EXPECT_EQ(text("/f/a"), "new");
@@ -169,7 +169,7 @@ TEST_F(DurableSaveTests, ALinkInTheTemporaryFilesPlaceIsNotWrittenThrough) {
 
 TEST_F(DurableSaveTests, AFolderInTheTemporaryFilesPlaceIsAFailure) {
     put("/f/a", "old");
-    folder("/f/.a.tallyforge-new");
+    folder("/f/.tallyforge-new");
     EXPECT_EQ(save("/f/a", "new"), "removing a stale temporary file: a folder stands in its place");
     EXPECT_EQ(text("/f/a"), "old");
 }
@@ -311,7 +311,7 @@ TEST_F(DurableSaveTests, KeepingAsideIsDurableBeforeTheRenaming) {
     Faults faults;
     EXPECT_EQ(rewrite("/f/a", "good", true), "saved");
     EXPECT_EQ(faults.calls(), (Names{"openat2", "write", "fsync", "linkat a a.unreadable", "fsync",
-                                     "renameat .a.tallyforge-new a", "fsync"}));
+                                     "renameat .tallyforge-new a", "fsync"}));
 }
 
 TEST_F(DurableSaveTests, WithoutHardLinksACopyIsKept) {
@@ -351,6 +351,72 @@ TEST_F(DurableSaveTests, WhenKeepingAsideFailsNothingIsReplaced) {
     EXPECT_EQ(rewrite("/f/a", "good", true),
               "keeping a copy of the old file: writing the temporary file: no space left on device");
     EXPECT_EQ(names("/f"), Names{"a"});
+}
+
+TEST_F(DurableSaveTests, ANewFileIsWrittenOnlyWhereNothingStands) {
+    folder("/f/folder");
+    const auto create = [this](std::string_view path) {
+        const auto saved = files_.writeDataToNewFile(path, Bytes("new"));
+        return saved ? "saved" : saved.reason();
+    };
+    EXPECT_EQ(create("/f/a"), "saved");
+    put("/f/a", "old");
+    link("a", "/f/link");
+    EXPECT_EQ(create("/f/a"), "there is such a file already");
+    EXPECT_EQ(create("/f/link"), "there is such a file already");
+    EXPECT_EQ(create("/f/folder"), "a folder stands in its place");
+    EXPECT_EQ(text("/f/a"), "old");
+    EXPECT_EQ(names("/f"), (Names{"a", "folder", "link"}));
+}
+
+TEST_F(DurableSaveTests, AnItemIsRemovedAndAnotherPutInItsPlaceInOneStep) {
+    std::string traced;
+    files_.setTrace([&](std::string_view verb, std::string_view path) {
+        traced += std::string(verb) + " " + std::string(path) + "; ";
+    });
+    const auto replace = [this](std::string_view path) {
+        const auto saved = files_.removeItemAndWriteData(path, Bytes("new"));
+        return saved ? "saved" : saved.reason();
+    };
+    folder("/f/folder");
+    put("/victim", "untouched");
+    put("/f/a", "old");
+    chmod(host("/f/a").c_str(), 0600);
+    link("/victim", "/f/link");
+    for (const char* path : {"/f/a", "/f/link", "/f/none"}) {
+        EXPECT_EQ(replace(path), "saved");
+        EXPECT_EQ(text(path), "new");
+        EXPECT_EQ(status(path).st_mode, S_IFREG | 0644u);
+    }
+    EXPECT_EQ(traced, "remove /f/a; write /f/a; remove /f/link; write /f/link; write /f/none; ");
+    EXPECT_EQ(text("/victim"), "untouched");
+    EXPECT_EQ(replace("/f/folder"), "a folder stands in its place");
+    Faults faults;
+    faults.fail("renameat", 1, EIO);
+    EXPECT_EQ(replace("/f/a"), "renaming the temporary file: input/output error");
+    EXPECT_EQ(names("/f"), (Names{"a", "folder", "link", "none"}));
+}
+
+TEST_F(DurableSaveTests, FilesThatAreBeingWrittenAreNobodysNames) {
+    put("/f/a", "old");
+    put("/f/.tallyforge-new", "half");
+    put("/f/.tallyforge-copy", "half");
+    const auto listed = files_.contentsOfDirectoryAtPath("/f");
+    ASSERT_TRUE(listed);
+    EXPECT_EQ(*listed, Names{"a"});
+    EXPECT_EQ(save("/f/.tallyforge-new", "x"), "not a usable path");
+    files_.removeUnfinishedInDirectory("/none/");
+    files_.removeUnfinishedInDirectory("/f/");
+    EXPECT_EQ(names("/f"), Names{"a"});
+}
+
+// A save that is killed between keeping the old file aside and the renaming has kept it: once is enough.
+TEST_F(DurableSaveTests, WhatIsKeptAsideAlreadyIsNotKeptTwice) {
+    put("/f/a", "bad");
+    std::filesystem::create_hard_link(host("/f/a"), host("/f/a.unreadable"));
+    EXPECT_EQ(rewrite("/f/a", "good", true), "saved");
+    EXPECT_EQ(names("/f"), (Names{"a", "a.unreadable"}));
+    EXPECT_EQ(text("/f/a.unreadable"), "bad");
 }
 
 TEST_F(DurableSaveTests, TheTraceHearsOfWhatWasWritten) {

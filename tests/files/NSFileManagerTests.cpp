@@ -1,7 +1,10 @@
+#include "FaultInjection.h"
 #include "TemporaryDevice.h"
 #include "foundation/NSFileManager.h"
 
+#include <cerrno>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <sys/un.h>
 
@@ -80,6 +83,33 @@ TEST_F(NSFileManagerTests, SaysWhenPermissionIsMissing) {
     put("/secret", "s");
     chmod(host("/secret").c_str(), 0);
     EXPECT_EQ(AsOrdinaryUser([this] { return whyUnreadable("/secret"); }), "permission denied");
+}
+
+// Of what is passed over in silence and of what is told of when a folder's files are read.
+TEST_F(NSFileManagerTests, WhatWasNotReadMayBeAFile) {
+    const auto mayBeAFile = [this](const char* path) {
+        const auto bytes = files_.contentsAtPath(path, 4);
+        return bytes ? "it is read" : files_.isUnreadFileAtPath(path, bytes.error(), 4) ? "yes" : "no";
+    };
+    put("/file", "text");
+    put("/large", "a text");
+    folder("/folder");
+    ASSERT_EQ(mkfifo(host("/fifo").c_str(), 0666), 0);
+    link("loop", "/loop");
+    EXPECT_STREQ(mayBeAFile("/file"), "it is read");
+    for (const char* path : {"/none", "/file/below", "/large", "/folder", "/fifo", "/loop"})
+        EXPECT_STREQ(mayBeAFile(path), "no") << path;
+    chmod(host("/file").c_str(), 0);
+    EXPECT_EQ(AsOrdinaryUser([&] { return std::string(mayBeAFile("/file")); }), "yes");
+    chmod(host("/large").c_str(), 0);
+    EXPECT_EQ(AsOrdinaryUser([&] { return std::string(mayBeAFile("/large")); }), "no");
+    // Nothing more can be learnt; what is known already counts.
+    const auto folderRead = files_.contentsAtPath("/folder"), fifoRead = files_.contentsAtPath("/fifo");
+    Faults faults;
+    faults.fail("openat2", 0, EMFILE);
+    EXPECT_FALSE(files_.isUnreadFileAtPath("/folder", folderRead.error()));
+    EXPECT_FALSE(files_.isUnreadFileAtPath("/fifo", fifoRead.error()));
+    EXPECT_STREQ(mayBeAFile("/file"), "yes");
 }
 
 TEST_F(NSFileManagerTests, TellsWhetherSomethingIsThere) {
@@ -177,10 +207,52 @@ TEST_F(NSFileManagerTests, RemovesFilesAndLinksButNoFolders) {
     EXPECT_EQ(traced, "remove /f/a; remove /f/link; ");
 }
 
+TEST_F(NSFileManagerTests, WhatIsRemovedIsGoneForGood) {
+    put("/f/a", "A");
+    put("/f/b", "B");
+    put("/f/one/c", "C");
+    {
+        const Faults faults;
+        EXPECT_TRUE(files_.removeItemAtPath("/f/a"));
+        EXPECT_EQ(faults.count("fsync"), 1);
+        EXPECT_TRUE(files_.removeTreeAtPath("/f/one"));
+        EXPECT_EQ(faults.count("fsync"), 1) << "of many, the folder is synced once";
+        EXPECT_TRUE(files_.syncDirectoryAtPath("/f/"));
+        EXPECT_EQ(faults.count("fsync"), 2);
+    }
+    Faults faults;
+    faults.fail("fsync", 0, EIO);
+    const std::string why = "syncing the folder after the removal: input/output error";
+    EXPECT_EQ(files_.syncDirectoryAtPath("/f/").reason(), why);
+    EXPECT_EQ(files_.removeItemAtPath("/f/b").reason(), why);
+    EXPECT_EQ(names("/f"), std::vector<std::string>{});
+}
+
+TEST_F(NSFileManagerTests, WhatASaveThroughALinkLeftBehindIsRemovedWhereItLeads) {
+    put("/elsewhere/.tallyforge-new", "a part");
+    put("/elsewhere/real", "R");
+    put("/f/.tallyforge-new", "not of this file");
+    link("between", "/f/a");
+    link("/elsewhere/real", "/f/between");
+    files_.removeUnfinishedBehindLink("/f/none");
+    files_.removeUnfinishedBehindLink("/elsewhere/real");
+    EXPECT_EQ(names("/elsewhere"), (std::vector<std::string>{".tallyforge-new", "real"}));
+    files_.removeUnfinishedBehindLink("/f/a");
+    EXPECT_EQ(names("/elsewhere"), std::vector<std::string>{"real"});
+    EXPECT_EQ(names("/f"), (std::vector<std::string>{".tallyforge-new", "a", "between"}));
+
+    link("/missing/file", "/f/dangling");
+    link("round", "/f/round");
+    files_.removeUnfinishedBehindLink("/f/dangling");
+    files_.removeUnfinishedBehindLink("/f/round");
+    EXPECT_EQ(text("/f/.tallyforge-new"), "not of this file");
+}
+
 TEST_F(NSFileManagerTests, RemovesAFolderWithAllThatIsInIt) {
     put("/kept/a", "A");
     put("/f/one/two/b", "B");
     put("/f/c", "C");
+    put("/f/one/.tallyforge-new", "half");
     link("../kept", "/f/link");
     EXPECT_TRUE(files_.removeTreeAtPath("/f"));
     EXPECT_FALSE(files_.fileExistsAtPath("/f"));

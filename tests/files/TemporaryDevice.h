@@ -22,7 +22,7 @@ namespace tallyforge {
 class TemporaryDevice : public testing::Test {
   protected:
     void SetUp() override {
-        std::string pattern = (std::filesystem::temp_directory_path() / "tallyforge-XXXXXX").string();
+        std::string pattern = (place() / "tallyforge-XXXXXX").string();
         ASSERT_NE(mkdtemp(pattern.data()), nullptr);
         root_ = pattern;
         std::filesystem::permissions(root_, std::filesystem::perms(0755));
@@ -31,6 +31,9 @@ class TemporaryDevice : public testing::Test {
     }
 
     void TearDown() override { std::filesystem::remove_all(root_); }
+
+    /// Where the root is made.
+    virtual std::filesystem::path place() const { return std::filesystem::temp_directory_path(); }
 
     std::string host(const std::string& devicePath) const { return root_ + devicePath; }
 

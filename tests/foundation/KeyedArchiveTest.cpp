@@ -321,5 +321,20 @@ TEST(NSKeyedUnarchiverTest, DepthAndExponentialSharingAreBounded) {
     Refused(Chain(2, 500, std::string(3000, 'x')), "too much text and data once shared objects are followed");
 }
 
+// Thirteen levels of two are 2^14 - 1 objects with 2^13 letters: that many are allowed, and not one less.
+TEST(NSKeyedUnarchiverTest, SharingUpToTheLimitsIsFollowed) {
+    const std::vector<uint8_t> bytes = BinaryPropertyList::Serialize(Chain(13, 2, "x"));
+    const auto reasonWith = [&](size_t nodes, size_t text) {
+        PropertyListLimits limits;
+        limits.nodes = nodes;
+        limits.text = text;
+        const auto value = NSKeyedUnarchiver::unarchiveObjectWithData(bytes, limits);
+        return value ? std::string() : value.reason();
+    };
+    EXPECT_EQ(reasonWith(16'383, 8192), "");
+    EXPECT_EQ(reasonWith(16'382, 8192), "too many objects once shared ones are followed");
+    EXPECT_EQ(reasonWith(16'383, 8191), "too much text and data once shared objects are followed");
+}
+
 } // namespace
 } // namespace tallyforge::testing

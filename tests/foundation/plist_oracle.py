@@ -6,11 +6,15 @@ singles FOLDER            reads singles.binary, which must hold the listed singl
 archives FIXTURES FOLDER  compares N.plist / N.refused with what the Nth fixture holds
 archive FOLDER            resolves archive.binary, which must be the sample without UIDs
 foreign FOLDER            writes archives as other programs lay them out
+generate FOLDER SEED N    writes python.files, N generated property lists, binary ones and XML ones in turn
+compare FOLDER SEED N     reads ours.files, which must hold the same N values
+answer FOLDER SEED N      reads ours.files, and writes what they hold to python.files, as binary ones
 """
 
 import datetime
 import pathlib
 import plistlib
+import random
 import struct
 import sys
 from plistlib import UID
@@ -177,6 +181,76 @@ def foreign(folder):
         return [spelled(v) for v in value] if isinstance(value, list) else value
 
     (folder / "foreign.xml").write_bytes(plistlib.dumps(spelled(data), fmt=plistlib.FMT_XML))
+
+
+PIECES = ["a", "badge", "#FF8800", "<", "&amp;", "]]>", '"', "'", "\t", "\n", " ", "ö", "€", "\ufffd", "\U0001f600", "\u202e"]
+
+
+def generated(chance, binary, depth=0):
+    """Any value that the form holds; never -0.0, which Python takes for 0.0 and writes as one object."""
+
+    def text():
+        return "".join(chance.choices(PIECES, k=chance.randrange(40 if chance.randrange(20) == 0 else 6)))
+
+    kind = chance.randrange(10 if depth < 4 else 7)
+    if kind == 0:
+        return chance.random() < 0.5
+    if kind == 1:
+        return chance.randrange(-(1 << 63), 1 << 64) >> chance.randrange(64)
+    if kind == 2:
+        return chance.choice((1, -1)) * (1 + chance.randrange(1 << 53)) * 10.0 ** chance.randrange(-300, 280)
+    if kind == 3:
+        return chance.randbytes(chance.randrange(40))
+    if kind == 4:
+        return datetime.datetime(1, 1, 1) + datetime.timedelta(seconds=chance.randrange(315537897600))
+    if kind == 5:
+        # Large ones, so that none comes twice: Python writes each of two equal ones out, the device refers to the first.
+        return UID(chance.randrange(1 << 64) >> chance.randrange(32)) if binary else text()
+    if kind == 6:
+        return text()
+    if kind == 7:
+        return [generated(chance, binary, depth + 1) for _ in range(chance.randrange(6))]
+    return {text(): generated(chance, binary, depth + 1) for _ in range(chance.randrange(8))}
+
+
+def all_generated(seed, count):
+    chance = random.Random(int(str(seed)))
+    return [generated(chance, number % 2 == 0) for number in range(int(str(count)))]
+
+
+def packed(files):
+    return b"".join(struct.pack(">I", len(file)) + file for file in files)
+
+
+def unpacked(path):
+    data, files, at = path.read_bytes(), [], 0
+    while at < len(data):
+        length = struct.unpack_from(">I", data, at)[0]
+        files.append(data[at + 4:at + 4 + length])
+        at += 4 + length
+    return files
+
+
+def generate(folder, seed, count):
+    forms = (plistlib.FMT_BINARY, plistlib.FMT_XML)
+    (folder / "python.files").write_bytes(packed(
+        plistlib.dumps(value, fmt=forms[number % 2], sort_keys=False)
+        for number, value in enumerate(all_generated(seed, count))))
+
+
+def compare(folder, seed, count):
+    files = unpacked(folder / "ours.files")
+    assert len(files) == int(str(count)), len(files)
+    for number, (file, value) in enumerate(zip(files, all_generated(seed, count))):
+        read = plistlib.loads(file)
+        assert same(read, value), f"file {number}: {read} instead of {value}"
+
+
+def answer(folder, _seed, count):
+    files = unpacked(folder / "ours.files")
+    assert len(files) == int(str(count)), len(files)
+    (folder / "python.files").write_bytes(packed(
+        plistlib.dumps(plistlib.loads(file), fmt=plistlib.FMT_BINARY, sort_keys=False) for file in files))
 
 
 globals()[sys.argv[1]](*map(pathlib.Path, sys.argv[2:]))

@@ -38,11 +38,11 @@ CatalogueBuilder::Rendition Bitmap(uint32_t width, uint32_t height, std::vector<
     return rendition;
 }
 
-std::vector<uint32_t> PixelsOf(const CatalogueBuilder::Rendition& rendition) {
+CGImage::Pixels PixelsOf(const CatalogueBuilder::Rendition& rendition) {
     CatalogueBuilder builder;
     builder.add("Mark", {{CatalogueBuilder::kScale, 1}}, rendition);
     auto picture = Opened(builder)->pictureNamed("Mark", CatalogIdiom::phone, 1);
-    return picture.bitmap ? picture.bitmap->pixels() : std::vector<uint32_t>();
+    return picture.bitmap ? picture.bitmap->pixels() : CGImage::Pixels();
 }
 
 TEST(AssetCatalog, NamesAreSortedAndComeOnce) {
@@ -226,7 +226,7 @@ TEST(AssetCatalog, LinksAreCutOutOfPackedPictures) {
         link.info = CatalogueBuilder::linkInfo(x, bottom, width, height, key);
         builder.add("Mark", {{CatalogueBuilder::kScale, 1}}, link);
         auto picture = Opened(builder)->pictureNamed("Mark", CatalogIdiom::phone, 1);
-        return picture.bitmap ? picture.bitmap->pixels() : std::vector<uint32_t>();
+        return picture.bitmap ? picture.bitmap->pixels() : CGImage::Pixels();
     };
     // Column 1, from one row above the bottom: the two rows in the middle.
     EXPECT_THAT(linkTo(1, 1, 1, 2, packed), ElementsAre(0xFF000101, 0xFF000201));

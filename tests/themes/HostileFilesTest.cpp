@@ -47,7 +47,7 @@ class HostileFilesTest : public ThemesTest {
         const std::string tie = std::string(kTieFolder) + "com.example.app";
         device.write(tie, bytes);
         EXPECT_EQ(TieOf("com.example.app"), "0") << what;
-        EXPECT_TRUE(ListTies().empty()) << what;
+        EXPECT_TRUE(ListTies()->ties.empty()) << what;
     }
     /// Python's plistlib writes what `expression` makes; U is its UID, D a class record of dictionaries.
     Bytes python(const std::string& expression) const {
@@ -154,7 +154,7 @@ TEST_F(HostileFilesTest, WhatIsNoFileIsPassedOver) {
     std::filesystem::create_directories(device.file(std::string(kTieFolder)));
     ASSERT_EQ(mkfifo(device.file(std::string(kTieFolder) + "com.example.app").c_str(), 0600), 0);
     EXPECT_EQ(TieOf("com.example.app"), "0");
-    EXPECT_TRUE(ListTies().empty());
+    EXPECT_TRUE(ListTies()->ties.empty());
 }
 
 // A link leads to where it leads on the device, never to a file of this machine.

@@ -4,7 +4,7 @@
 
 #include "foundation/Clock.h"
 #include "foundation/Dispatch.h"
-#include "themes/SilentFailures.h"
+#include "settings/SilentFailures.h"
 #include "themes/ThemesController.h"
 
 namespace tallyforge::test {
@@ -137,6 +137,21 @@ TEST_F(ThemesControllerTest, AScreenThatIsGoneIsAskedNothing) {
     alert->clickButton(1);
     waitUntil(1);
     EXPECT_EQ(names(), std::vector<std::string>{"A"});
+}
+
+// A file that somebody is writing, or did not come to the end of, is none of the folder's; any other entry
+// is.
+TEST_F(ThemesControllerTest, AFolderWithNothingButUnfinishedFilesHasNoThemes) {
+    put(".tallyforge-new", archive(theme("Half")));
+    put(".tallyforge-copy", archive(theme("Half")));
+    EXPECT_TRUE(ListThemes().empty);
+    controller->loadTheme();
+    EXPECT_EQ(alerts, Alerts{"0 Error | No themes found"});
+    put(".hidden", {'x'});
+    EXPECT_FALSE(ListThemes().empty);
+    controller->loadTheme();
+    EXPECT_EQ(alerts.back(), "123 Load theme | Select the theme to load");
+    EXPECT_EQ(rows(), 0);
 }
 
 TEST_F(ThemesControllerTest, ItsMethodsCanBeCalledByName) {

@@ -1,4 +1,4 @@
-#include "themes/SilentFailures.h"
+#include "settings/SilentFailures.h"
 
 #include <utility>
 
