@@ -2,6 +2,7 @@
 
 #include "coregraphics/CGContext.h"
 #include "foundation/Random.h"
+#include "foundation/UTFText.h"
 #include "settings/Settings.h"
 
 #include <algorithm>
@@ -11,23 +12,6 @@
 namespace tallyforge {
 
 namespace {
-
-// Takes the first character off the text and returns it. Bytes that are no UTF-8 count one by one.
-char32_t TakeCharacter(std::string_view& text) {
-    auto byteAt = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
-    size_t length = byteAt(0) < 0xC0 ? 1 : byteAt(0) < 0xE0 ? 2 : byteAt(0) < 0xF0 ? 3 : 4;
-    char32_t character = length == 1 ? byteAt(0) : byteAt(0) & (0xFFU >> (length + 1));
-    for (size_t i = 1; i < length; ++i) {
-        if (i >= text.size() || (byteAt(i) & 0xC0U) != 0x80) { // broken off
-            character = byteAt(0);
-            length = 1;
-            break;
-        }
-        character = (character << 6) | (byteAt(i) & 0x3FU);
-    }
-    text.remove_prefix(length);
-    return character;
-}
 
 bool IsWhiteSpaceOrNewline(char32_t c) {
     return (c >= 0x09 && c <= 0x0D) || c == 0x20 || c == 0x85 || c == 0xA0 || c == 0x1680 ||
@@ -45,7 +29,7 @@ int HexDigit(char c) {
 // An unsigned 32-bit hexadecimal number: white space, an optional prefix, digits; held at all ones.
 uint32_t ScanHexInt(std::string_view text) {
     for (std::string_view rest = text; !rest.empty(); text = rest) {
-        if (!IsWhiteSpaceOrNewline(TakeCharacter(rest))) break;
+        if (!IsWhiteSpaceOrNewline(TakeUTF8(rest))) break;
     }
     if (text.starts_with("0x") || text.starts_with("0X")) text.remove_prefix(2);
     uint64_t number = 0;
@@ -139,7 +123,7 @@ std::optional<UIColor> SettingColor(std::string_view key, const UIImage& iconIma
 UIColor ColorFromHexString(std::string_view text) {
     if (text.empty()) return UIColor::blackColor();
     // A character beyond the basic plane is two units on the device; its second half is no digit.
-    if (TakeCharacter(text) > 0xFFFF) return UIColor::blackColor();
+    if (TakeUTF8(text) > 0xFFFF) return UIColor::blackColor();
     uint32_t n = ScanHexInt(text);
     return OpaqueColor((n >> 16) & 255, (n >> 8) & 255, n & 255);
 }

@@ -13,6 +13,29 @@ std::string ShownText(const PropertyList& value) {
     return text ? *text : value.description();
 }
 
+/// A list may name any method of its screen as the one that knows a row's value or choices, one that changes
+/// settings too: rows are then shown again, which asks them again. While one method answers, no other is
+/// asked.
+class Asking {
+  public:
+    Asking() : first_(!anybody_) { anybody_ = true; }
+    ~Asking() {
+        if (first_) anybody_ = false;
+    }
+    Asking(const Asking&) = delete;
+    Asking& operator=(const Asking&) = delete;
+    bool allowed() const { return first_; }
+
+  private:
+    static inline bool anybody_ = false;
+    bool first_;
+};
+
+MethodResult Ask(NSObject& target, const std::string& selector, const PSSpecifierRef& row) {
+    const Asking asking;
+    return asking.allowed() ? PerformSelector(target, selector, {nullptr, row}) : nullptr;
+}
+
 } // namespace
 
 std::string PSSpecifier::textForKey(std::string_view key) const {
@@ -57,7 +80,7 @@ std::vector<PSSpecifier::Choice> PSSpecifier::choices() {
         const PropertyList* value = propertyForKey(own);
         std::string selector = textForKey(source);
         if (!value && target_ && !selector.empty()) {
-            kept = PerformSelector(*target_, selector, {nullptr, self_.lock()});
+            kept = Ask(*target_, selector, self_.lock());
             value = kept.get();
         }
         return value ? value->asArray() : nullptr;
@@ -73,9 +96,10 @@ std::vector<PSSpecifier::Choice> PSSpecifier::choices() {
 
 std::optional<PropertyList> PSSpecifier::performGetter() {
     if (!target_) return std::nullopt;
-    std::string getter = textForKey("get");
-    MethodResult value =
-        PerformSelector(*target_, getter.empty() ? "readPreferenceValue:" : getter, {nullptr, self_.lock()});
+    const std::string getter = textForKey("get");
+    const MethodResult value =
+        getter.empty() ? PerformSelector(*target_, "readPreferenceValue:", {nullptr, self_.lock()})
+                       : Ask(*target_, getter, self_.lock());
     return value ? std::optional(*value) : std::nullopt;
 }
 

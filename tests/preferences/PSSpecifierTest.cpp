@@ -177,5 +177,39 @@ TEST(PSSpecifier, TheSetterIsTheNamedOneElseTheFrameworks) {
     EXPECT_EQ(target.told, (std::vector<std::string>{"plain 3", "own red"}));
 }
 
+/// A screen whose methods show all its rows again, as those that change settings do.
+class Restless final : public NSObject {
+  public:
+    const MethodTable& methods() const override {
+        static constexpr MethodEntry own[] = {
+            {"shuffle", [](NSObject& self, const MethodArguments&) -> MethodResult {
+                 auto& screen = static_cast<Restless&>(self);
+                 ++screen.asked;
+                 for (const PSSpecifierRef& shown : screen.rows) {
+                     shown->choices();
+                     shown->performGetter();
+                 }
+                 return MethodResult(std::make_shared<const PropertyList>(text("shuffled")));
+             }}};
+        static constexpr MethodTable table{own};
+        return table;
+    }
+    std::vector<PSSpecifierRef> rows;
+    int asked = 0;
+};
+
+TEST(PSSpecifier, MethodsThatAskTheRowsAgainComeToAnEnd) {
+    Restless screen;
+    for (int i = 0; i < 20; ++i)
+        screen.rows.push_back(row({{"get", text("shuffle")},
+                                   {"valuesDataSource", text("shuffle")},
+                                   {"titlesDataSource", text("shuffle")}},
+                                  &screen));
+    EXPECT_TRUE(screen.rows[0]->choices().empty());
+    EXPECT_EQ(screen.asked, 2); // for the values and for the titles
+    EXPECT_EQ(screen.rows[1]->performGetter(), text("shuffled"));
+    EXPECT_EQ(screen.asked, 3);
+}
+
 } // namespace
 } // namespace tallyforge::test

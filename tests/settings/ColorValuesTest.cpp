@@ -35,6 +35,22 @@ TEST(ColorFromHexString, SkipsTheFirstCharacterWhateverItIs) {
     EXPECT_TRUE(reads("\u00E9\u20AC00FF00", 0, 0, 0));
 }
 
+// Bytes that are no character count one by one, and none of them is a digit or white space.
+TEST(ColorFromHexString, BrokenBytesAreNoDigitsAndNoWhiteSpace) {
+    EXPECT_TRUE(reads("\xC0\xB4"
+                      "00FF00",
+                      0, 0, 0)); // a digit in a longer form than its own
+    EXPECT_TRUE(reads("#\x85"
+                      "00FF00",
+                      0, 0, 0)); // half of a line break
+    EXPECT_TRUE(reads("#\xC0\xA0"
+                      "00FF00",
+                      0, 0, 0)); // a blank in a longer form
+    EXPECT_TRUE(reads("\xE9"
+                      "00FF00",
+                      0, 255, 0)); // skipped alone
+}
+
 // A picture character takes two positions of the string, so the scan begins in its middle.
 TEST(ColorFromHexString, StopsInTheMiddleOfAPictureCharacter) {
     EXPECT_TRUE(reads("\U0001F60000FF00", 0, 0, 0));
