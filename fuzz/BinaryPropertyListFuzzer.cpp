@@ -1,5 +1,7 @@
 // Whatever the bytes are: refused with a reason, or read, and then written and read again as the same value.
 
+#include "PropertyListMutator.h"
+
 #include "foundation/PropertyListFormat.h"
 
 #include <cstdlib>
@@ -20,4 +22,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const Result<PropertyList> again = BinaryPropertyList::Deserialize(bytes, limits);
     if (!again || !(*again == *value) || BinaryPropertyList::Serialize(*again) != bytes) std::abort();
     return 0;
+}
+
+extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t most, unsigned seed) {
+    static constexpr std::string_view words[] = {"key", "text", "\xC3\xA9", "\xED\xA0\x80", "CF$UID"};
+    return fuzz::MutatePropertyList(data, size, most, seed, words);
 }

@@ -1,6 +1,8 @@
 // Whatever the bytes are: refused with a reason, or unarchived, and then archived and unarchived as the same
 // value.
 
+#include "PropertyListMutator.h"
+
 #include "foundation/NSKeyedArchiver.h"
 
 #include <cstdlib>
@@ -22,4 +24,33 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if (!again || !(*again == *value)) std::abort();
     }
     return 0;
+}
+
+extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t most, unsigned seed) {
+    static constexpr std::string_view words[] = {"$null",
+                                                 "$archiver",
+                                                 "NSKeyedArchiver",
+                                                 "$version",
+                                                 "$top",
+                                                 "root",
+                                                 "$objects",
+                                                 "$class",
+                                                 "$classes",
+                                                 "$classname",
+                                                 "NSMutableDictionary",
+                                                 "NSDictionary",
+                                                 "NSObject",
+                                                 "NSArray",
+                                                 "NSMutableArray",
+                                                 "NSString",
+                                                 "NSMutableString",
+                                                 "NSDate",
+                                                 "NSData",
+                                                 "NS.keys",
+                                                 "NS.objects",
+                                                 "NS.string",
+                                                 "NS.time",
+                                                 "NS.data",
+                                                 "CF$UID"};
+    return fuzz::MutatePropertyList(data, size, most, seed, words);
 }

@@ -1,5 +1,7 @@
 // Whatever the bytes are: refused with a reason, or read, and then written and read again as the same value.
 
+#include "PropertyListMutator.h"
+
 #include "foundation/PropertyListFormat.h"
 
 #include <cstdlib>
@@ -22,4 +24,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // twice.
     if (!again || XMLPropertyList::Serialize(*again) != bytes) std::abort();
     return 0;
+}
+
+extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t most, unsigned seed) {
+    static constexpr std::string_view words[] = {"key",    "text",   "\xC3\xA9", "\xED\xA0\x80",
+                                                 "CF$UID", "<>&\"'", "]]>"};
+    return fuzz::MutatePropertyList(data, size, most, seed, words);
 }
