@@ -3,12 +3,11 @@
 
 #include "appselect/QuillonAppList.h"
 #include "appselect/QuillonAppSelect.h"
-#include "coregraphics/Canvas.h"
 #include "foundation/DeviceRoot.h"
 #include "foundation/LocalizedCompare.h"
 #include "foundation/NSKeyedArchiver.h"
-#include "foundation/PropertyListFormat.h"
 #include "mobileservices/UIAssetManager.h"
+#include "peers/ManyApps.h"
 #include "rastergraphics/RasterGraphics.h"
 #include "settings/SettingsKeys.h"
 #include "themes/ConditionalThemesController.h"
@@ -32,80 +31,25 @@ namespace tallyforge {
 
 namespace {
 
+using bench::WriteFile;
+
 constexpr int kApps = 2000;
-constexpr int kSystemApps = 100; // of them
 constexpr int kThemes = 10'000;
 
 std::vector<std::string> files; // of the catalogue, on this machine
-
-void writeFile(const std::string& path, const std::vector<uint8_t>& bytes) {
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
-void writeList(const std::string& path, const Dictionary& list) {
-    writeFile(path, BinaryPropertyList::Serialize(PropertyList::dictionary(list)));
-    files.push_back(path);
-}
-
-Dictionary texts(const std::map<std::string, std::string>& entries) {
-    Dictionary list;
-    for (const auto& [key, value] : entries)
-        list.setObjectForKey(PropertyList::string(value), key);
-    return list;
-}
-
-// As large as the lists of the stock device's applications.
-void installApp(const std::string& root, int index, const std::vector<uint8_t>& icon) {
-    const std::string number = std::to_string(index);
-    const bool system = index < kSystemApps;
-    const std::string container = root + "/var/containers/Bundle/Application/C" + number + "/";
-    const std::string bundle = (system ? root + "/Applications/App" : container + "App") + number + ".app/";
-    Dictionary info = texts({{"CFBundleIdentifier", "com.example.app" + number},
-                             {"CFBundleDisplayName", "App " + std::to_string(index * 7919 % kApps)},
-                             {"CFBundleName", "App"},
-                             {"CFBundleExecutable", "App" + number},
-                             {"CFBundleInfoDictionaryVersion", "6.0"},
-                             {"CFBundlePackageType", "APPL"},
-                             {"CFBundleShortVersionString", "1.0." + number},
-                             {"CFBundleVersion", number},
-                             {"MinimumOSVersion", "7.0"},
-                             {"DTPlatformName", "iphoneos"},
-                             {"CFBundleIconFile", "Icon"}});
-    info.setObjectForKey(PropertyList::array({PropertyList::integer(1), PropertyList::integer(2)}),
-                         "UIDeviceFamily");
-    writeList(bundle + "Info.plist", info);
-    writeFile(bundle + "Icon@2x.png", icon);
-    if (system) return;
-    Dictionary facts = texts({{"artistName", "Maker " + number},
-                              {"itemName", "App number " + number},
-                              {"genre", "Games"},
-                              {"kind", "software"},
-                              {"softwareVersionBundleId", "com.example.app" + number}});
-    facts.setObjectForKey(PropertyList::integer(9'100'000'000 + index), "itemId");
-    writeList(container + "iTunesMetadata.plist", facts);
-}
 
 void writeThemes(const std::string& root) {
     Dictionary theme = SettingsDefaults();
     for (int i = 0; i < kThemes; ++i) {
         const std::string number = std::to_string(i);
         theme.setObjectForKey(PropertyList::string("Theme " + number), kThemeNameKey);
-        writeFile(root + "/var/mobile/Documents/Tallyforge/theme_" + number + ".tft",
+        WriteFile(root + "/var/mobile/Documents/Tallyforge/theme_" + number + ".tft",
                   NSKeyedArchiver::archivedDataWithRootObject(PropertyList::dictionary(theme)));
     }
 }
 
 void furnish(const std::string& root) {
-    CGImage picture(120, 120);
-    for (int y = 0; y < picture.height(); ++y)
-        for (int x = 0; x < picture.width(); ++x)
-            picture.row(y)[x] =
-                0xFF000000U | static_cast<uint32_t>(x * 2) << 16U | static_cast<uint32_t>(y * 2);
-    const auto icon = Graphics::current()->encodePNG(picture);
-    for (int i = 0; i < kApps; ++i)
-        installApp(root, i, icon);
+    files = bench::InstallApps(root, kApps);
     writeThemes(root);
 }
 
@@ -199,11 +143,10 @@ double residentMegabytes() {
 int main(int argc, char** argv) {
     using namespace tallyforge;
     benchmark::Initialize(&argc, argv);
-    std::string root = (std::filesystem::temp_directory_path() / "tallyforge-bench-XXXXXX").string();
-    if (!mkdtemp(root.data()) || !DeviceRoot::set(root)) return 1;
+    const bench::BenchDevice device;
     Graphics::install(MakeRasterGraphics());
     RegisterMobileServices();
-    furnish(root);
+    furnish(device.root());
     localizedStandardCompare("a", "b");
     const double before = residentMegabytes();
     auto screen = std::make_shared<QuillonAppSelect>();
@@ -212,6 +155,5 @@ int main(int argc, char** argv) {
                 residentMegabytes() - before);
     benchmark::RunSpecifiedBenchmarks();
     screen = nullptr;
-    std::filesystem::remove_all(root);
     return 0;
 }

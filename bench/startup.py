@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
 """How long `tallyforge get` takes as a whole process, beside an empty C++ program that links the same libraries.
 
-Usage: startup.py TALLYFORGE EMPTY_PROGRAM. Runs both in turn and prints the medians and their ratio (target: 2).
+Runs both in turn and prints the medians and their ratio (target: 2).
 """
+import argparse
 import os
 import statistics
 import subprocess
-import sys
 import tempfile
 import time
 
@@ -20,7 +20,11 @@ def run(words, environment):
 
 
 def main():
-    tallyforge, empty = sys.argv[1:3]
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("tallyforge", metavar="TALLYFORGE", help="the command: build/release/bin/tallyforge")
+    parser.add_argument("empty", metavar="EMPTY_PROGRAM", help="the empty one: build/release/bin/empty_program")
+    options = parser.parse_args()
+    tallyforge, empty = options.tallyforge, options.empty
     with tempfile.TemporaryDirectory() as root:
         environment = dict(os.environ, TALLYFORGE_ROOT=root)
         subprocess.run([tallyforge, "set", "badgesize", "1.2"], env=environment, check=True)
