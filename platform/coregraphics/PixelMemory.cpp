@@ -6,21 +6,13 @@
 
 #include <sys/mman.h>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define EDGES_WATCHED
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define EDGES_WATCHED
-#endif
-#endif
-
 namespace tallyforge {
 
 namespace {
 
 constexpr size_t kLargePage = size_t(2) << 20;
 // The sanitizers watch the edges of what comes from calloc, not of what comes from the kernel.
-#ifdef EDGES_WATCHED
+#if ADDRESS_SANITIZER
 constexpr size_t kFromTheKernel = SIZE_MAX;
 #else
 constexpr size_t kFromTheKernel = kLargePage;

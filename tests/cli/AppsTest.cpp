@@ -94,7 +94,7 @@ TEST_F(AppsCommandTest, ManyAppsTakeLittleMemory) {
     Ended ended = tallyforge({"apps", "user"});
     EXPECT_EQ(ended.status, 0);
     EXPECT_EQ(std::count(ended.output.begin(), ended.output.end(), '\n'), 2002);
-#ifndef __SANITIZE_ADDRESS__ // whose own memory would be counted
+#if !ADDRESS_SANITIZER // whose own memory would be counted
     EXPECT_LT(ended.peakKilobytes, 64 * 1024);
 #endif
 }

@@ -100,7 +100,7 @@ TEST_F(CommandTest, TheCommandItselfLinksNoGraphicsLibrary) {
         EXPECT_EQ(ldd.output.find(library), std::string::npos) << library;
 }
 
-#ifndef __SANITIZE_ADDRESS__ // whose own memory would be counted
+#if !ADDRESS_SANITIZER // whose own memory would be counted
 TEST_F(CommandTest, ReadingASettingTakesLittleMemory) {
     ASSERT_EQ(tallyforge({"set", "badgesize", "1"}).status, 0);
     Ended ended = tallyforge({"get", "badgesize"});

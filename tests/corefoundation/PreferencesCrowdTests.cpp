@@ -21,7 +21,7 @@ constexpr int kWriters = 8;
 constexpr int kReaders = 2;
 constexpr unsigned kBetweenReadings = 3'000; // microseconds
 
-#ifdef __SANITIZE_ADDRESS__
+#if ADDRESS_SANITIZER
 constexpr int kKeys = 100; // of each writer
 constexpr int kKills = 100;
 #else

@@ -222,7 +222,7 @@ TEST_F(SettingsAppTest, ADraggedSliderKeepsMemoryAndQueueFlat) {
     drag(400, 2400);
     const long growth = residentKilobytes() - before;
     EXPECT_EQ(reloads, 2000);
-#ifndef __SANITIZE_ADDRESS__ // which keeps freed memory
+#if !ADDRESS_SANITIZER // which keeps freed memory
     EXPECT_LT(growth, 2048) << "kilobytes";
 #endif
     RecordProperty("growth_kilobytes", static_cast<int>(growth));

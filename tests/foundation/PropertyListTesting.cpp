@@ -47,7 +47,7 @@ void operator delete(void* memory, size_t) noexcept {
 
 namespace tallyforge::testing {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if ADDRESS_SANITIZER || THREAD_SANITIZER
 constexpr double kSlowdown = 6; // what the checks built in may cost
 #else
 constexpr double kSlowdown = 1;

@@ -13,7 +13,7 @@
 namespace tallyforge::test {
 namespace {
 
-#ifdef __SANITIZE_ADDRESS__
+#if ADDRESS_SANITIZER
 constexpr double kSoon = 60; // seconds
 #else
 constexpr double kSoon = 10;
@@ -213,7 +213,7 @@ class HostileDeviceTest : public testing::TestWithParam<std::tuple<Place, std::p
             EXPECT_EQ(said->find(kSecret), std::string::npos) << *said;
             EXPECT_EQ(said->find("root:x:"), std::string::npos) << *said;
         }
-#ifndef __SANITIZE_ADDRESS__
+#if !ADDRESS_SANITIZER
         EXPECT_LT(ended.peakKilobytes, 128 * 1024);
 #endif
     }

@@ -5,7 +5,7 @@
 namespace tallyforge::test {
 
 /// What the checks that are built in may cost: bounds on time are for the program without them.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if ADDRESS_SANITIZER || THREAD_SANITIZER
 inline constexpr double kSlowdown = 6;
 #else
 inline constexpr double kSlowdown = 1;

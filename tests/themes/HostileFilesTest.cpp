@@ -30,13 +30,13 @@ class HostileFilesTest : public ThemesTest {
             EXPECT_EQ(names(), std::vector<std::string>{"Good"});
             quickest = std::min(quickest, CpuMilliseconds() - start);
         }
-#ifndef __SANITIZE_ADDRESS__
+#if !ADDRESS_SANITIZER
         EXPECT_LT(quickest, kMostMilliseconds);
 #endif
         const Ended ended = tallyforge({"theme", "list"});
         EXPECT_EQ(ended.status, 0) << ended.errors;
         EXPECT_EQ(ended.output, "Good\tzz good.tft\n");
-#ifndef __SANITIZE_ADDRESS__
+#if !ADDRESS_SANITIZER
         EXPECT_LT(ended.peakKilobytes, kMostKilobytes);
 #endif
     }

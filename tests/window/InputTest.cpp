@@ -145,7 +145,7 @@ TEST_F(WindowInputTest, AfterTenSecondsOfDraggingNothingIsMissedAndNothingKept) 
     expectScreen("badge");
     const long grown = statusOf("VmRSS") - before;
     RecordProperty("kilobytes", int(grown));
-#ifndef __SANITIZE_ADDRESS__ // which keeps what is freed for a while, to find out who still uses it
+#if !ADDRESS_SANITIZER // which keeps what is freed for a while, to find out who still uses it
     EXPECT_LT(grown, 2048);
 #endif
 }

@@ -2,15 +2,7 @@
 // build.
 #include "rastergraphics/LeakChecker.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-#define CHECKED
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define CHECKED
-#endif
-#endif
-
-#ifdef CHECKED
+#if ADDRESS_SANITIZER
 extern "C" {
 const char* __lsan_default_suppressions();
 const char* __lsan_default_options();

@@ -2,7 +2,7 @@
 
 // Plain loops marked WIDE_TOO are compiled for wider registers as well, and the one that fits the machine is
 // taken when the program starts. Not under the thread checker, which is not up yet at that moment.
-#if defined(__x86_64__) && !defined(__SANITIZE_THREAD__)
+#if defined(__x86_64__) && !THREAD_SANITIZER
 #define WIDE_TOO __attribute__((target_clones("avx2", "default")))
 #else
 #define WIDE_TOO

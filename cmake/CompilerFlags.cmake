@@ -13,3 +13,13 @@ endif()
 if(CMAKE_UNITY_BUILD)
   target_compile_options(tallyforge_warnings INTERFACE -Wno-shadow)
 endif()
+
+# Which sanitizer watches, under one name for every compiler.
+foreach(sanitizer IN ITEMS address thread)
+  string(TOUPPER ${sanitizer} name)
+  set(watched 0)
+  if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=[a-z,-]*${sanitizer}")
+    set(watched 1)
+  endif()
+  target_compile_definitions(tallyforge_warnings INTERFACE ${name}_SANITIZER=${watched})
+endforeach()
