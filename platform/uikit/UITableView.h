@@ -16,6 +16,7 @@ class UITableView;
 struct NSIndexPath {
     int section = 0;
     int row = 0;
+    // NOLINTNEXTLINE(modernize-use-nullptr): the 0 of comparisons
     auto operator<=>(const NSIndexPath&) const = default;
 };
 

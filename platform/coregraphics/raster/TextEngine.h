@@ -43,6 +43,7 @@ class TextEngine {
     struct LineKey {
         int weight;
         std::string text;
+        // NOLINTNEXTLINE(modernize-use-nullptr): the 0 of comparisons
         auto operator<=>(const LineKey&) const = default;
     };
     struct Line {
