@@ -4,16 +4,15 @@
 
 #include "appselect/QuillonAppList.h"
 #include "coregraphics/CGContext.h"
-#include "foundation/NSKeyedArchiver.h"
 #include "mobileservices/UIAssetManager.h"
 #include "peers/ManyApps.h"
+#include "peers/ManyThemes.h"
 #include "peers/PairedRuns.h"
 #include "preferences/PSListController.h"
 #include "preview/PreviewCell.h"
 #include "preview/imaging/MarkImages.h"
 #include "quartzcore/RenderServer.h"
 #include "rastergraphics/RasterGraphics.h"
-#include "settings/SettingsKeys.h"
 #include "themes/ThemeFiles.h"
 
 #include <algorithm>
@@ -30,15 +29,11 @@ void Print(const char* series, long amount, const std::function<void()>& work) {
 }
 
 void Themes() {
-    Dictionary theme = SettingsDefaults();
     for (int count = 1; count <= 10'000; count *= 10) {
         const BenchDevice device;
-        for (int i = 0; i < count; ++i) {
-            const std::string number = std::to_string(i);
-            theme.setObjectForKey(PropertyList::string("Theme " + number), kThemeNameKey);
-            WriteFile(device.root() + "/var/mobile/Documents/Tallyforge/theme_" + number + ".tft",
-                      NSKeyedArchiver::archivedDataWithRootObject(PropertyList::dictionary(theme)));
-        }
+        const auto files = WriteThemes(device, count);
+        // What the system itself takes, to which the lists are held.
+        Print("files opened and read", count, [&files] { ReadFiles(files); });
         Print("themes listed", count, [count] {
             Demand(ListThemes().themes.size() == static_cast<size_t>(count), "themes are missing");
         });

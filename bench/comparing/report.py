@@ -7,6 +7,9 @@ import statistics
 
 NOISE = 1.25  # what a figure may be off
 FILLED = "pixels filled with a colour"  # the series of memory alone
+READ = "files opened and read"  # the series of the system alone
+OF_THE_MACHINE = {FILLED: "memory itself", READ: "the system itself"}
+HELD_TO = {"pixels": FILLED, "themes": READ}  # a series by its first word, and what it may grow as
 
 # How the verdicts begin that are no good ones.
 NOT_MET = "NOT met"
@@ -51,14 +54,15 @@ def verdict_of(item, results, missing):
 
 
 def verdict_of_growth(series, growth):
-    """Whether ten times the work costs ten times as much at the end; with pixels, or as much more as memory does."""
+    """Whether ten times the work costs ten times as much at the end, or no more than memory or the system takes then."""
+    if series in OF_THE_MACHINE:
+        return OF_THE_MACHINE[series]
     step = steps(growth[series])[-1]
-    if series == FILLED:
-        return "memory itself"
     if step <= 10 * NOISE:
         return "as its input"
-    if series.startswith("pixels") and FILLED in growth and step <= steps(growth[FILLED])[-1] * NOISE:
-        return "as memory"
+    base = HELD_TO.get(series.split()[0])
+    if base in growth and step <= steps(growth[base])[-1] * NOISE:
+        return "as " + OF_THE_MACHINE[base].removesuffix(" itself")
     return FASTER
 
 
@@ -108,8 +112,8 @@ def text(items, results, remarks, missing, at_rest, growth):
                          verdict_of_growth(series, growth)])
         parts.append(table(rows))
         parts.append("A steeper step on the way is where the work no longer fits the processor's caches; what counts is how it "
-                     "goes on at the end. Pixels that are only filled show what memory itself takes then: work on pixels may grow "
-                     "as that does.\n")
+                     "goes on at the end. Pixels that are only filled and files that are only read show what memory and the system "
+                     "take by themselves then: work on pixels and on themes may grow as that does.\n")
     return "\n".join(parts)
 
 

@@ -1,16 +1,12 @@
 // What a folder of 10,000 themes costs beside a loop that only opens, reads and closes the same files.
 // Of the command it is the whole process.
 
-#include "BenchDevice.h"
+#include "ManyThemes.h"
 #include "PairedRuns.h"
-#include "foundation/NSKeyedArchiver.h"
-#include "settings/SettingsKeys.h"
 #include "themes/ThemeFiles.h"
-#include "themes/ThemeNames.h"
 #include "themes/ThemesController.h"
 #include "uikit/UIAlertView.h"
 
-#include <array>
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -20,27 +16,6 @@ namespace tallyforge::bench {
 namespace {
 
 constexpr int kThemes = 10'000;
-
-std::vector<std::string> WriteThemes(const BenchDevice& device) {
-    std::vector<std::string> files;
-    Dictionary theme = SettingsDefaults();
-    for (int i = 0; i < kThemes; ++i) {
-        const std::string number = std::to_string(i);
-        theme.setObjectForKey(PropertyList::string("Theme " + number), kThemeNameKey);
-        files.push_back(device.root() + std::string(kThemeFolder) + "theme_" + number + ".tft");
-        WriteFile(files.back(), NSKeyedArchiver::archivedDataWithRootObject(PropertyList::dictionary(theme)));
-    }
-    return files;
-}
-
-void BareLoop(const std::vector<std::string>& files) {
-    std::array<char, 65'536> bytes{};
-    for (const std::string& file : files) {
-        const int opened = open(file.c_str(), O_RDONLY | O_CLOEXEC);
-        Demand(opened >= 0 && read(opened, bytes.data(), bytes.size()) > 0, "a theme could not be read");
-        close(opened);
-    }
-}
 
 void OpenPicker() {
     const auto controller = std::make_shared<themesListController>();
@@ -73,8 +48,8 @@ int main(int count, char** words) {
     const PairedRuns runs(count, words, "10,000 themes listed, and their files opened, read and closed.",
                           PairedRuns::Clock::wall);
     const BenchDevice device;
-    const auto files = WriteThemes(device);
-    const auto bare = [&] { BareLoop(files); };
+    const auto files = WriteThemes(device, kThemes);
+    const auto bare = [&] { ReadFiles(files); };
     const auto program = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "tallyforge";
     const auto list = [] { Demand(ListThemes().themes.size() == kThemes, "themes are missing"); };
     PairedRuns::remark("list-themes", "ours reads on all cores; of the processor it takes " +
