@@ -10,9 +10,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
 endif()
 
 # Where files are compiled together, a local name may hide one of a neighbouring file's own.
-if(CMAKE_UNITY_BUILD)
-  target_compile_options(tallyforge_warnings INTERFACE -Wno-shadow)
-endif()
+target_compile_options(tallyforge_warnings INTERFACE $<$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>:-Wno-shadow>)
 
 # Which sanitizer watches, under one name for every compiler.
 foreach(sanitizer IN ITEMS address thread)

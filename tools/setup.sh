@@ -8,7 +8,7 @@ packages_for_running=(
   cmake ninja-build g++ pkg-config qt6-base-dev libpugixml-dev libsystemd-dev libcli11-dev libwebp-dev
   nlohmann-json3-dev zlib1g-dev libicu-dev fonts-inter)
 packages_for_checking=(
-  git python3 libgtest-dev libgmock-dev libbenchmark-dev clang clang-tidy clang-format libclang-rt-14-dev
+  git python3 libgtest-dev libgmock-dev libbenchmark-dev clang clang-tidy clang-format libclang-rt-14-dev llvm
   dbus-bin dbus-daemon ccache xvfb xdotool libxcb1-dev)
 
 # missing_packages PACKAGE...: those that are not installed, one a line.
